@@ -1,0 +1,24 @@
+#pragma once
+// Position keys: the 781 Polyglot Random64 numbers, so the engine's key is also the book key.
+// castle_keys and turn_key are process-wide and only rewritten (with the same values) between searches.
+
+#include <cstdint>
+
+#include "board/types.h"
+
+extern const uint64_t Random64[781];
+extern uint64_t castle_keys[16];
+extern uint64_t turn_key;
+
+// Polyglot piece kind by piece code (codes without a piece map to 0 and are never looked up).
+extern const int polyglot_kind[16];
+
+inline uint64_t piece_key(int code, int sq) { return Random64[64 * polyglot_kind[code] + sq]; }
+inline uint64_t ep_key(int sq) { return Random64[772 + (sq & 7)]; }
+
+// True when a pawn of the side to move stands ready to take on ep square e.
+bool ep_capturable(const Position& p, int e);
+
+void keys_init();                // fills castle_keys and turn_key
+uint64_t full_key(Position& p);  // also normalises epsq to 64 when no capture is possible
+void pawn_key(Position& p);      // stores the pawns-and-kings key in p.pawnkey

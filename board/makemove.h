@@ -1,0 +1,23 @@
+#pragma once
+// Copy-make on a record's position stack with incremental keys and material sums, the pin/check
+// fields, and the legality tests. Unmake is the caller's step back (unmake_move in search/thread.h).
+
+#include <atomic>
+#include <cstdint>
+
+#include "board/types.h"
+#include "search/thread.h"
+
+// Moves made by all threads; lost increments are acceptable (statistics only).
+extern std::atomic<uint64_t> nodes_searched;
+
+Position* make_move(SearchThread& t, Move m);
+// Makes a game move and keeps the game position in slot 0 (the key history grows by one).
+void commit_move(SearchThread& game, Move m);
+void set_pins(Position& p);
+bool legal(const Position& p, Move m);
+// Quiet, non-promoting moves only (killers and counter moves).
+bool pseudo_legal(const Position& p, Move m);
+// Full test for a stored move word (a hash move): captures, promotions, en passant and castling
+// included; true when the move could have been generated in this position.
+bool move_is_pseudo_legal(const Position& p, Move m);

@@ -1,0 +1,12 @@
+#pragma once
+// The four pseudo-legal generators, each writing entries from `first` in a fixed order and storing
+// how many it wrote in `*count`. Callers test every move with legal() before making it.
+
+#include <cstdint>
+
+#include "board/types.h"
+
+void gen_captures(const Position& p, Move* first, uint32_t* count, int underpromotions);
+void gen_quiets(const Position& p, Move* first, uint32_t* count);
+void gen_evasions(const Position& p, Move* first, uint32_t* count, int underpromotions);
+void gen_checks(const Position& p, Move* first, uint32_t* count);

@@ -1,0 +1,3 @@
+#include "driver/engine_state.h"
+
+EngineState engine;

@@ -1,0 +1,50 @@
+#pragma once
+// The one process-wide record of driver settings and game state: dialect flags, modes, the game's
+// move and position histories, clock inputs and book settings. The main thread owns it; the flags
+// the input watcher or the search threads read are relaxed atomics or are only changed while no
+// search runs.
+
+#include <atomic>
+#include <cstdint>
+#include <cstdio>
+
+#include "board/types.h"
+#include "search/thread.h"
+
+constexpr int CMD_NONE = 0, CMD_DONE = 1, CMD_POSITION = 2, CMD_FORCE = 3;
+constexpr int INPUT_SIZE = 2048;
+constexpr int GAME_HISTORY = 1024;
+constexpr int MAX_GAME_PLY = 768;
+
+struct EngineState {
+    std::atomic<int> xboard_mode;
+    std::atomic<int> uci_mode;
+    int uci_done;
+    int analyze_mode;
+    int force_mode;
+    int game_over;
+    int ply;
+    MoveList legal_moves;
+    uint32_t legal_count;
+    Move single_reply;
+    int searching;
+    int pondering;
+    std::atomic<int> input_ready;
+    std::atomic<int> watcher_quit;
+    int post;
+    int ponder;
+    int display_depth;
+    int ping_pending;
+    int32_t time_left, increment, moves_to_go, level_moves, depth_limit, move_time;
+    int cores;
+    int trace, xtrace;
+    int book_mode;
+    FILE* book_file;
+    char book_name[1024];
+    int pickbest, book_random, bookdepth;
+    Move move_history[GAME_HISTORY];
+    Position position_history[GAME_HISTORY];
+    SearchThread* game; // the game record: slot 0 is the game position
+    char line[INPUT_SIZE]; // the shared input line
+};
+extern EngineState engine;

@@ -1,0 +1,6 @@
+#include "driver/loop.h"
+
+int main() {
+    startup();
+    command_loop();
+}
