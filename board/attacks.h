@@ -3,6 +3,7 @@
 // lookups for sliders (one dense block per square). attack_init fills the non-constant tables once
 // at start-up before any other thread exists; everything here is read-only afterwards.
 
+#include <array>
 #include <cstdint>
 
 #include "board/types.h"
@@ -14,11 +15,14 @@ struct MagicEntry {
     uint32_t shift;        // 64 - popcount(mask)
 };
 
-extern const uint64_t knight_attacks[64];
-extern const uint64_t king_attacks[64];
-extern const uint64_t pawn_attacks[2][64];
-extern const uint64_t bishop_empty[64];
-extern const uint64_t rook_empty[64];
+// Constants computed at compile time. pawn_attacks[c][s] also answers "which pawns of colour
+// c ^ 1 attack s" when read backwards.
+extern const std::array<uint64_t, 64> knight_attacks;
+extern const std::array<uint64_t, 64> king_attacks;
+extern const std::array<std::array<uint64_t, 64>, 2> pawn_attacks;
+extern const std::array<uint64_t, 64> bishop_empty;
+extern const std::array<uint64_t, 64> rook_empty;
+// cflag mask applied when the king of a colour moves.
 extern const uint32_t king_castle_mask[2];
 
 // Filled by attack_init.
@@ -28,11 +32,24 @@ extern uint32_t castle_mask[64];
 extern MagicEntry rook_magic[64];
 extern MagicEntry bishop_magic[64];
 
+// Block sizes of all squares together: 2^popcount(mask) entries per square.
+constexpr int ROOK_TABLE_SIZE   = 102400;
+constexpr int BISHOP_TABLE_SIZE = 5248;
+
 // The stored multipliers (one table per slider kind, indexed by square).
 extern const uint64_t rook_multipliers[64];
 extern const uint64_t bishop_multipliers[64];
 
 void attack_init();
+
+// Start-up helpers, also used by the multiplier search tool and the tests; never on a hot path.
+uint64_t rook_mask(int sq);
+uint64_t bishop_mask(int sq);
+// The slider's attack set found by walking each ray until the first occupied square.
+uint64_t walk_rook_attacks(int sq, uint64_t occ);
+uint64_t walk_bishop_attacks(int sq, uint64_t occ);
+// The occupancy whose j-th lowest mask square is set exactly when bit j of index is set.
+uint64_t mask_subset(uint64_t index, uint64_t mask);
 
 inline uint64_t rook_attacks(int sq, uint64_t occ) {
     const MagicEntry& m = rook_magic[sq];
@@ -42,4 +59,6 @@ inline uint64_t bishop_attacks(int sq, uint64_t occ) {
     const MagicEntry& m = bishop_magic[sq];
     return m.block[((occ & m.mask) * m.magic) >> m.shift];
 }
-inline uint64_t queen_attacks(int sq, uint64_t occ) { return rook_attacks(sq, occ) | bishop_attacks(sq, occ); }
+inline uint64_t queen_attacks(int sq, uint64_t occ) {
+    return rook_attacks(sq, occ) | bishop_attacks(sq, occ);
+}
