@@ -10,14 +10,14 @@
 
 struct SearchControl {
     std::atomic<int> stop;
-    int max_depth;                // last iteration the deepening may start
-    int64_t search_start;         // get_ms() at the start of the search
-    uint64_t hard_limit;          // ms of elapsed time after which the search is stopped
-    uint64_t time_limits[10];     // soft limits, chosen by time_slot; 0 = none
-    std::atomic<int> time_slot;   // 0..9
+    int max_depth;              // last iteration the deepening may start
+    int64_t search_start;       // get_ms() at the start of the search
+    uint64_t hard_limit;        // ms of elapsed time after which the search is stopped
+    uint64_t time_limits[10];   // soft limits, chosen by time_slot; 0 = none
+    std::atomic<int> time_slot; // 0..9
     std::atomic<int> best_depth;
     std::atomic<int> best_score;
-    double elapsed;               // last elapsed time measured by the polling loop
+    double elapsed; // last elapsed time measured by the polling loop
     std::atomic<uint32_t> root_move;
     std::atomic<int> root_move_index;
     uint32_t pv_table[STACK_SIZE][STACK_SIZE];
@@ -32,6 +32,8 @@ SearchThread& search_record(int i);
 void set_threads(int n);
 // Releases every record (the next set_threads starts from an empty set).
 void free_threads();
+// Record r takes its root from the game record: id, slot 0, key, key history; killers cleared.
+void prepare_record(SearchThread& r, const SearchThread& game, uint32_t id);
 // Advances the table age, clears pv_table and starts one thread per record from the game record.
 void start_search(const SearchThread& game);
 // Joins the threads in order 0..n-1.
