@@ -13,12 +13,24 @@ extern uint64_t turn_key;
 // Polyglot piece kind by piece code (codes without a piece map to 0 and are never looked up).
 extern const int polyglot_kind[16];
 
-inline uint64_t piece_key(int code, int sq) { return Random64[64 * polyglot_kind[code] + sq]; }
-inline uint64_t ep_key(int sq) { return Random64[772 + (sq & 7)]; }
+inline uint64_t piece_key(int code, int sq) {
+    return Random64[64 * polyglot_kind[code] + sq];
+}
+inline uint64_t ep_key(int sq) {
+    return Random64[772 + (sq & 7)];
+}
 
-// True when a pawn of the side to move stands ready to take on ep square e.
-bool ep_capturable(const Position& p, int e);
+// True when a pawn stands beside the double-pushed pawn, ready to take on en-passant square e
+// (a black pawn for e on rank 3, a white pawn for e on rank 6); any other e, 64 included, is false.
+// The file ranges keep the neighbour on the same rank as the pushed pawn.
+inline bool ep_capturable(const Position& p, int e) {
+    constexpr uint8_t white_pawn = piece_code(WHITE, PAWN), black_pawn = piece_code(BLACK, PAWN);
+    return (e >= 17 && e <= 23 && p.board[e + 7] == black_pawn) ||
+           (e >= 16 && e <= 22 && p.board[e + 9] == black_pawn) ||
+           (e >= 40 && e <= 46 && p.board[e - 7] == white_pawn) ||
+           (e >= 41 && e <= 47 && p.board[e - 9] == white_pawn);
+}
 
-void keys_init();                // fills castle_keys and turn_key
-uint64_t full_key(Position& p);  // also normalises epsq to 64 when no capture is possible
-void pawn_key(Position& p);      // stores the pawns-and-kings key in p.pawnkey
+void keys_init();               // fills castle_keys and turn_key
+uint64_t full_key(Position& p); // also normalises epsq to 64 when no capture is possible
+void pawn_key(Position& p);     // stores the pawns-and-kings key in p.pawnkey
