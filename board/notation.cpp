@@ -1,0 +1,36 @@
+#include "board/notation.h"
+
+// By promotion type; 0 (and the unused types 5..7) end the text after four characters.
+static const char promo_letter[8] = {'\0', 'n', 'b', 'r', 'q', '\0', '\0', '\0'};
+// By letter - 'b' for the letters b..r; letters that name no promotion piece give 0.
+static const uint8_t promo_type[17] = {2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 4, 3};
+
+static char move_buffer[8];
+
+const char* move_text(Move m) {
+    if ((m & SQUARE_BITS) == 0) return "(none)";
+    const int from = move_from(m), to = move_to(m);
+    move_buffer[0] = static_cast<char>('a' + file_of(from));
+    move_buffer[1] = static_cast<char>('1' + rank_of(from));
+    move_buffer[2] = static_cast<char>('a' + file_of(to));
+    move_buffer[3] = static_cast<char>('1' + rank_of(to));
+    move_buffer[4] = promo_letter[move_promo(m)];
+    move_buffer[5] = '\0';
+    return move_buffer;
+}
+
+Move text_to_move(const char* s) {
+    // Characters are not checked (the caller matches the word against the legal moves), but a
+    // text shorter than four characters is never read past its end.
+    int c[5]  = {0, 0, 0, 0, 0};
+    bool ends = false;
+    for (int i = 0; i < 5; ++i) {
+        if (!ends && s[i] == '\0') ends = true;
+        c[i] = ends ? 0 : static_cast<unsigned char>(s[i]);
+    }
+    const int from = (c[0] - 'a') + 8 * (c[1] - '1');
+    const int to   = (c[2] - 'a') + 8 * (c[3] - '1');
+    Move m         = static_cast<Move>(from * 64 + to) & 0xFFFF;
+    if (c[4] >= 'b' && c[4] <= 'r') m |= static_cast<Move>(promo_type[c[4] - 'b']) << 13;
+    return m;
+}
