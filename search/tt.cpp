@@ -1,0 +1,162 @@
+#include "search/tt.h"
+
+#include <cinttypes>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "board/makemove.h"
+
+HashEntry* hash_table = nullptr;
+uint64_t hash_size    = 0;
+uint64_t hash_mask    = 0;
+uint32_t hash_age     = 0;
+
+constexpr uint64_t MEGABYTE    = 1048576;
+constexpr uint64_t NO_LIMIT    = UINT64_MAX;
+constexpr uint32_t AGE_MASK    = 63;
+constexpr int DATA_SCORE_SHIFT = 16, DATA_EVAL_SHIFT = 32, DATA_DEPTH_SHIFT = 48;
+constexpr int DATA_BOUND_SHIFT = 56, DATA_AGE_SHIFT = 58;
+
+// Reads the first number after `label` in a text file; NO_LIMIT when the file or label is missing
+// or the value is not a number ("max").
+static uint64_t read_number(const char* path, const char* label, uint64_t scale) {
+    FILE* f = std::fopen(path, "r");
+    if (!f) return NO_LIMIT;
+    char line[256];
+    uint64_t value = NO_LIMIT;
+    const size_t n = std::strlen(label);
+    while (std::fgets(line, sizeof line, f)) {
+        if (std::strncmp(line, label, n) != 0) continue;
+        char* end        = nullptr;
+        const uint64_t v = std::strtoull(line + n, &end, 10);
+        if (end != line + n) value = v * scale;
+        break;
+    }
+    std::fclose(f);
+    return value;
+}
+
+// Memory a new allocation can still use: what the kernel reports as available, lowered by the
+// room left under a container limit. Zero-filling a table larger than this would end in the
+// kernel killing the process instead of the engine's own message. Where none of these files
+// exist the allocator's own answer decides.
+static uint64_t memory_available() {
+    uint64_t avail = read_number("/proc/meminfo", "MemAvailable:", 1024);
+    const struct {
+        const char *limit, *usage;
+    } groups[] = {
+        {"/sys/fs/cgroup/memory.max", "/sys/fs/cgroup/memory.current"},
+        {"/sys/fs/cgroup/memory/memory.limit_in_bytes", "/sys/fs/cgroup/memory/memory.usage_in_bytes"},
+    };
+    for (const auto& g : groups) {
+        const uint64_t limit = read_number(g.limit, "", 1), usage = read_number(g.usage, "", 1);
+        if (limit == NO_LIMIT || usage == NO_LIMIT) continue;
+        const uint64_t room = limit > usage ? limit - usage : 0;
+        if (room < avail) avail = room;
+    }
+    return avail;
+}
+
+void hash_free() {
+    delete[] hash_table;
+    hash_table = nullptr;
+}
+
+void hash_alloc(int mb) {
+    // The size is kept even; anything below 2 MB (which would leave no entries) becomes 2 MB.
+    int m = mb & ~1;
+    if (m < 2) m = 2;
+    hash_size = static_cast<uint64_t>(m) * MEGABYTE;
+    hash_mask = hash_size / sizeof(HashEntry) - 1;
+    hash_free();
+    // Value-initialised entries: every word of the new table is 0.
+    const uint64_t entries = hash_size / sizeof(HashEntry);
+    if (hash_size <= memory_available()) hash_table = new (std::nothrow) HashEntry[entries]();
+    if (!hash_table) {
+        std::printf(" hash allocation error - exiting ...\n");
+        std::exit(1);
+    }
+    std::printf("hash=%dMB\n", m);
+}
+
+void hash_clear() {
+    const uint64_t entries = hash_size / sizeof(HashEntry);
+    for (uint64_t i = 0; i < entries; ++i) {
+        hash_table[i].check.store(0, std::memory_order_relaxed);
+        hash_table[i].data.store(0, std::memory_order_relaxed);
+    }
+    hash_age = 0;
+}
+
+int score_to_hash(int score, int ply) {
+    if (score > MATE_STORE_HIGH) return score + ply;
+    if (score < MATE_STORE_LOW) return score - ply;
+    return score;
+}
+
+int score_from_hash(int score, int ply) {
+    if (score > MATE_STORE_HIGH) return score - ply;
+    if (score < MATE_STORE_LOW) return score + ply;
+    return score;
+}
+
+bool hash_probe(uint64_t key, int ply, HashHit& hit) {
+    const HashEntry& e   = hash_table[key & hash_mask];
+    const uint64_t data  = e.data.load(std::memory_order_relaxed);
+    const uint64_t check = e.check.load(std::memory_order_relaxed);
+    if (data == 0 || (check ^ key) != data) return false;
+    hit.move  = static_cast<Move>(data & 0xFFFF);
+    hit.score = score_from_hash(static_cast<int16_t>(data >> DATA_SCORE_SHIFT), ply);
+    hit.eval  = static_cast<int16_t>(data >> DATA_EVAL_SHIFT);
+    hit.depth = static_cast<int8_t>(data >> DATA_DEPTH_SHIFT);
+    hit.bound = static_cast<int>((data >> DATA_BOUND_SHIFT) & 3);
+    return true;
+}
+
+void hash_store(const SearchThread& t, Move move, int score, int eval, int depth, int ply, int bound) {
+    HashEntry& e           = hash_table[t.key & hash_mask];
+    const uint64_t old     = e.data.load(std::memory_order_relaxed);
+    const bool same        = (e.check.load(std::memory_order_relaxed) ^ t.key) == old;
+    const int old_depth    = static_cast<int8_t>(old >> DATA_DEPTH_SHIFT);
+    const uint32_t old_age = static_cast<uint32_t>(old >> DATA_AGE_SHIFT);
+    // A deeper entry of another position from this same search is worth more than the new one.
+    if (!same && old_depth > depth && old_age == (hash_age & AGE_MASK)) return;
+    const uint64_t data = (move & 0xFFFFu) |
+                          static_cast<uint64_t>(static_cast<uint16_t>(score_to_hash(score, ply)))
+                              << DATA_SCORE_SHIFT |
+                          static_cast<uint64_t>(static_cast<uint16_t>(eval)) << DATA_EVAL_SHIFT |
+                          static_cast<uint64_t>(static_cast<uint8_t>(depth)) << DATA_DEPTH_SHIFT |
+                          static_cast<uint64_t>(bound & 3) << DATA_BOUND_SHIFT |
+                          static_cast<uint64_t>(hash_age & AGE_MASK) << DATA_AGE_SHIFT;
+    e.data.store(data, std::memory_order_relaxed);
+    e.check.store(data ^ t.key, std::memory_order_relaxed);
+}
+
+void hash_stats(int cores) {
+    if (nodes_searched.load(std::memory_order_relaxed) == 0)
+        nodes_searched.store(1, std::memory_order_relaxed);
+    const uint64_t nodes   = nodes_searched.load(std::memory_order_relaxed);
+    const uint64_t entries = hash_size / sizeof(HashEntry);
+    uint64_t count = 0, lowest = hash_size, highest = 0;
+    for (uint64_t i = 0; i < entries; ++i) {
+        if (hash_table[i].check.load(std::memory_order_relaxed) == 0) continue;
+        ++count;
+        // Table use is reported in 64-bit words; an entry's check word is its first.
+        if (2 * i < lowest) lowest = 2 * i;
+        if (2 * i > highest) highest = 2 * i;
+    }
+    std::printf("\n**** Hashing Statistics ****\n");
+    std::printf("Cores             %d\n", cores);
+    std::printf("Table size        %" PRId64 "\n", static_cast<int64_t>(hash_size));
+    std::printf("Mask              0x%" PRIx64 "\n", hash_mask);
+    std::printf("Count entries     %" PRId64 "\n", static_cast<int64_t>(count));
+    std::printf("Nodes searched    %" PRId64 "\n", static_cast<int64_t>(nodes));
+    std::printf("Percentage use    %f%%\n",
+                16.0 * (100.0 * static_cast<double>(count)) / static_cast<double>(hash_size));
+    std::printf("Node efficiency   %f%%  [hash entries/nodes_searched]\n",
+                (100.0 * static_cast<double>(count)) / static_cast<double>(nodes));
+    std::printf("Minimum table use 0x%" PRIx64 "\n", lowest);
+    std::printf("Maximum table use 0x%" PRIx64 "\n\n", highest);
+}
