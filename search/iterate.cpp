@@ -1,0 +1,208 @@
+#include <algorithm>
+#include <cmath>
+
+#include "board/makemove.h"
+#include "driver/engine_state.h"
+#include "driver/platform.h"
+#include "eval/evaluate.h"
+#include "search/movepick.h"
+#include "search/output.h"
+#include "search/search.h"
+#include "search/threads.h"
+#include "search/tt.h"
+
+int lmr_table[100][384];
+
+void lmr_init() {
+    for (int d = 0; d < 100; ++d) {
+        lmr_table[d][0] = 0;
+        for (int k = 1; k < 384; ++k)
+            lmr_table[d][k] = static_cast<int>(std::sqrt(static_cast<double>((k * d) >> 3)));
+    }
+}
+
+static constexpr int MAX_QUIETS       = 384;
+static constexpr int MAX_BONUS_DEPTH  = 16;
+static constexpr int BONUS_MARGIN     = 80;
+static constexpr int LMR_DEPTH        = 3;
+static constexpr int LMR_HISTORY_UNIT = 4096;
+static constexpr int LAST_TIME_SLOT   = 9;
+// Soft time limits are only consulted once this depth is complete.
+static constexpr int TIME_CHECK_DEPTH = 14;
+// Aspiration: full window for the first depths, then a narrow one around the last score.
+static constexpr int FULL_WINDOW_DEPTH = 4;
+static constexpr int DELTA_PONDER = 80, DELTA_NORMAL = 10;
+// Analysis reports a widened window from this depth on, once it is wider than 100.
+static constexpr int WIDEN_REPORT_DEPTH = 9, WIDEN_REPORT_DELTA = 100;
+
+static bool stopped() {
+    return sc.stop.load(std::memory_order_relaxed) != 0;
+}
+
+// Thread 0's best-move record: a new best move resets the time slot to the most generous limit,
+// a confirmed one tightens it by one.
+static void record_best(int depth, int score, Move m) {
+    const int slot = sc.time_slot.load(std::memory_order_relaxed);
+    if ((m & SQUARE_BITS) == (sc.pv_table[0][0] & SQUARE_BITS)) {
+        if (slot > 0) sc.time_slot.store(slot - 1, std::memory_order_relaxed);
+    } else {
+        sc.time_slot.store(LAST_TIME_SLOT, std::memory_order_relaxed);
+    }
+    sc.best_score.store(score, std::memory_order_relaxed);
+    sc.best_depth.store(depth, std::memory_order_relaxed);
+    uint32_t* row        = sc.pv_table[0];
+    const uint32_t* next = sc.pv_table[1];
+    row[0]               = m;
+    for (int i = 0; i + 1 < STACK_SIZE; ++i) {
+        row[i + 1] = next[i];
+        if (next[i] == 0) break;
+    }
+}
+
+int search_root(SearchThread& t, int alpha, int beta, int depth) {
+    if (depth < 1) return qsearch(t, 1, alpha, beta, 0, 0);
+    alpha = std::max(alpha, -MATE);
+    beta  = std::min(beta, MATE + 1);
+    if (alpha >= beta) return alpha;
+    if (stopped()) return 0;
+
+    Position& p        = *t.pos;
+    const bool incheck = p.incheck != 0;
+    HashHit hit{};
+    const bool found = hash_probe(t.key, 0, hit);
+    Move hash_move   = found ? hit.move : 0;
+    int eval;
+    if (incheck) {
+        eval = -MATE;
+    } else if (found) {
+        eval = hit.eval;
+    } else {
+        eval = evaluate(p);
+        hash_store(t, 0, 0, eval, -2, 0, BOUND_NONE);
+    }
+    p.eval = static_cast<int16_t>(eval);
+
+    const CmRow cmh      = cm_row_of(t);
+    const bool main      = t.id == 0;
+    const bool show_move = main && engine.xboard_mode.load(std::memory_order_relaxed) && engine.analyze_mode;
+    MovePicker mp;
+    picker_init(mp, t, hash_move, true, 1, false, 0);
+    int best       = -MATE;
+    int bound      = BOUND_UPPER;
+    Move best_move = hash_move;
+    int count      = 0;
+    Move quiets[MAX_QUIETS];
+    int quiet_count = 0;
+    while (Move m = next_move(mp, t)) {
+        if (!legal(p, m)) continue;
+        const int n = depth - 1;
+        make_move(t, m);
+        ++count;
+        if (main) {
+            sc.pv_table[1][0] = 0;
+            if (show_move) {
+                sc.root_move.store(m, std::memory_order_relaxed);
+                sc.root_move_index.store(count, std::memory_order_relaxed);
+            }
+        }
+        int score;
+        if (count == 1) {
+            score = -search(t, 1, -beta, -alpha, n, 1, incheck ? 0 : 1, 0);
+        } else {
+            int r = -1;
+            if (mp.stage == STAGE_QUIETS && depth >= LMR_DEPTH)
+                r = lmr_table[depth][count] - move_key(m) / LMR_HISTORY_UNIT;
+            if (r >= 0) {
+                int reduced = n - r;
+                if (r >= n) {
+                    reduced = 1;
+                    r       = depth - 2;
+                }
+                score = -search(t, 0, -alpha - 1, -alpha, reduced, 1, 1, 0);
+                if (r != 0 && score > alpha) score = -search(t, 0, -alpha - 1, -alpha, n, 1, 1, 0);
+            } else {
+                score = -search(t, 0, -alpha - 1, -alpha, n, 1, 1, 0);
+            }
+            if (alpha < score && score < beta) score = -search(t, 1, -beta, -alpha, n, 1, 1, 0);
+        }
+        unmake_move(t);
+        if (stopped()) return 0;
+        if (score > best) {
+            if (score > alpha) {
+                if (main) record_best(depth, score, m);
+                if (score >= beta) {
+                    if (!incheck && (m & QUIET_MARK)) {
+                        const int d =
+                            std::min(depth + (score > beta + BONUS_MARGIN ? 1 : 0), MAX_BONUS_DEPTH);
+                        cutoff_update(t, 0, cmh, m, quiets, quiet_count, d);
+                    }
+                    hash_store(t, m, score, eval, depth, 0, BOUND_LOWER);
+                    return score;
+                }
+                best_move = m;
+                best = alpha = score;
+                bound        = BOUND_EXACT;
+            } else {
+                best = score;
+            }
+        }
+        if ((m & QUIET_MARK) && quiet_count < MAX_QUIETS) quiets[quiet_count++] = m;
+    }
+    if (count == 0) return incheck ? -MATE : 0;
+    hash_store(t, best_move, best, eval, depth, 0, bound);
+    return best;
+}
+
+bool widen_window(int score, int& alpha, int& beta, int& delta) {
+    if (score > alpha && score < beta) return false;
+    delta *= 2;
+    if (score <= alpha)
+        alpha = std::max(score - delta, -MATE);
+    else
+        beta = std::min(score + delta, MATE);
+    return true;
+}
+
+// Thread 0's progress line: UCI always, XBoard and console once the depth is worth showing.
+static void report() {
+    if (engine.uci_mode.load(std::memory_order_relaxed))
+        print_info();
+    else if (sc.best_depth.load(std::memory_order_relaxed) >= engine.display_depth)
+        print_thinking();
+}
+
+// Iterative deepening of one thread; returns when its search is over.
+static void deepen(SearchThread& t) {
+    const bool main = t.id == 0;
+    int score = 0, depth = 1, delta = MATE;
+    if (sc.max_depth < 1) return;
+    for (;;) {
+        int alpha = std::max(score - delta, -MATE);
+        int beta  = std::min(score + delta, MATE);
+        for (;;) {
+            score = search_root(t, alpha, beta, depth);
+            if (stopped()) return;
+            if (!widen_window(score, alpha, beta, delta)) break;
+            if (main && delta > WIDEN_REPORT_DELTA && engine.analyze_mode && depth >= WIDEN_REPORT_DEPTH)
+                report();
+            // Widened past any score: the depth ends with the last one.
+            if (delta > MATE) break;
+        }
+        if (main) {
+            report();
+            const uint64_t limit = sc.time_limits[sc.time_slot.load(std::memory_order_relaxed)];
+            if (limit != 0 && depth >= TIME_CHECK_DEPTH &&
+                static_cast<uint64_t>(get_ms() - sc.search_start) >= limit)
+                return;
+        }
+        if (++depth > sc.max_depth) return;
+        delta = depth < FULL_WINDOW_DEPTH ? MATE : (engine.pondering ? DELTA_PONDER : DELTA_NORMAL);
+    }
+}
+
+void search_thread(SearchThread& t) {
+    set_thread_nodes(t, 0);
+    deepen(t);
+    // Thread 0 ends the search for all; the others just end.
+    if (t.id == 0) stop_search_locked();
+}

@@ -1,0 +1,96 @@
+#include <algorithm>
+
+#include "board/makemove.h"
+#include "eval/evaluate.h"
+#include "search/movepick.h"
+#include "search/search.h"
+#include "search/tt.h"
+
+// Only the part of the line since the last capture or pawn move can repeat.
+static constexpr int RULE50_LIMIT   = 99;
+static constexpr int REPETITION_MIN = 3;
+
+bool is_draw(const SearchThread& t) {
+    const Position& p = *t.pos;
+    const int r       = p.rule50;
+    if (r > RULE50_LIMIT) return true;
+    if (r > REPETITION_MIN) {
+        // A position set up with a high move counter has fewer keys behind it than rule50 says.
+        const int back = std::min(r, static_cast<int>(t.histidx));
+        for (int d = 2; d <= back; d += 2)
+            if (t.keyhist[t.histidx - d] == t.key) return true;
+    }
+    if ((p.type_bb[PAWN] | p.type_bb[ROOK] | p.type_bb[QUEEN]) == 0) {
+        const int men = popcount(occupancy(p));
+        if (men == 4) return popcount(p.type_bb[KNIGHT]) == 2;
+        if (men <= 3) return true;
+    }
+    return false;
+}
+
+int qsearch(SearchThread& t, int pv, int alpha, int beta, int depth, int ply) {
+    alpha = std::max(alpha, ply - MATE);
+    beta  = std::min(beta, MATE + 1 - ply);
+    if (alpha >= beta) return alpha;
+    const Position& p = *t.pos;
+    if (ply >= MAX_PLY) return evaluate(p);
+    if (is_draw(t)) return 0;
+
+    const int hash_depth = (depth == 0 || p.incheck) ? 0 : -1;
+    HashHit hit{};
+    const bool found = hash_probe(t.key, ply, hit);
+    if (found && !pv && hit.depth >= hash_depth &&
+        ((hit.bound == BOUND_LOWER && hit.score >= beta) ||
+         (hit.bound == BOUND_UPPER && hit.score <= alpha) || hit.bound == BOUND_EXACT))
+        return hit.score;
+
+    int best, node_eval;
+    if (p.incheck) {
+        best = node_eval = ply - MATE;
+    } else {
+        node_eval     = found ? hit.eval : evaluate(p);
+        int stand_pat = node_eval;
+        if (found) {
+            if (hit.bound == BOUND_LOWER)
+                stand_pat = std::max(node_eval, hit.score);
+            else if (hit.bound == BOUND_UPPER)
+                stand_pat = std::min(node_eval, hit.score);
+            else if (hit.bound == BOUND_EXACT)
+                stand_pat = hit.score;
+        }
+        if (stand_pat >= beta) return stand_pat;
+        best  = stand_pat;
+        alpha = std::max(alpha, best);
+    }
+
+    const Move hash_move = found ? hit.move : 0;
+    MovePicker mp;
+    picker_init(mp, t, hash_move, false, 0, depth == 0, ply);
+    Move best_move   = hash_move;
+    int bound        = BOUND_UPPER;
+    int result       = 0;
+    bool failed_high = false;
+    while (Move m = next_move(mp, t)) {
+        if (!legal(p, m)) continue;
+        make_move(t, m);
+        const int score = -qsearch(t, 0, -beta, -alpha, depth - 1, ply + 1);
+        unmake_move(t);
+        if (score <= best) continue;
+        if (score <= alpha) {
+            best = score;
+            continue;
+        }
+        best_move = m;
+        if (score >= beta) {
+            failed_high = true;
+            result      = score;
+            bound       = BOUND_LOWER;
+            break;
+        }
+        bound = BOUND_EXACT;
+        best = alpha = score;
+    }
+    if (!failed_high) result = best;
+    hash_store(t, best_move, result, node_eval, hash_depth, ply, bound);
+    return result;
+}

@@ -1,0 +1,291 @@
+#include <algorithm>
+
+#include "board/keys.h"
+#include "board/makemove.h"
+#include "driver/engine_state.h"
+#include "eval/evaluate.h"
+#include "search/movepick.h"
+#include "search/search.h"
+#include "search/threads.h"
+#include "search/tt.h"
+
+// clang-format off
+const int lmp_table[2][11] = {
+    {0, 3, 4, 6, 10, 15, 21, 28, 36, 45, 55},
+    {0, 5, 6, 9, 15, 23, 32, 42, 54, 68, 83},
+};
+// clang-format on
+
+static constexpr int LMP_DEPTH       = 11;
+static constexpr int MAX_QUIETS      = 384;
+static constexpr int MAX_BONUS_DEPTH = 16;
+// A fail high by this much more than beta counts as one ply deeper for the history bonus.
+static constexpr int BONUS_MARGIN = 80;
+static constexpr int RAZOR_DEPTH = 3, RAZOR_MARGIN = 200;
+static constexpr int FUTILITY_DEPTH = 6, FUTILITY_MARGIN = 80;
+static constexpr int NULL_MOVE_MAX_EVAL = 1999, NULL_MARGIN_UNIT = 80, NULL_MARGIN_CAP = 239;
+static constexpr int TRIAL_DEPTH = 5, TRIAL_MARGIN = 80;
+static constexpr int IID_DEPTH = 5, SINGULAR_DEPTH = 8, LMR_DEPTH = 3;
+static constexpr int BAD_CAPTURE_UNIT = 100;
+static constexpr int LMR_HISTORY_UNIT = 4096;
+
+static bool stopped() {
+    return sc.stop.load(std::memory_order_relaxed) != 0;
+}
+
+static bool is_mate_score_free(int s) {
+    return MATE_STORE_LOW <= s && s <= MATE_STORE_HIGH;
+}
+
+// Passing: the other side moves in the same position. No move is counted.
+static void make_null_move(SearchThread& t) {
+    Position* next = t.pos + 1;
+    *next          = *t.pos;
+    next->lastmove = 0;
+    next->side ^= 1;
+    t.pos = next;
+    ++t.histidx;
+    t.key ^= turn_key;
+    t.keyhist[t.histidx] = t.key;
+    set_pins(*next);
+}
+
+static bool has_pieces(const Position& p) {
+    return (p.colour_bb[p.side] &
+            (p.type_bb[KNIGHT] | p.type_bb[BISHOP] | p.type_bb[ROOK] | p.type_bb[QUEEN])) != 0;
+}
+
+// Row ply of the principal-variation table becomes m followed by row ply + 1 and its end mark.
+static void update_pv(int ply, Move m) {
+    uint32_t* row        = sc.pv_table[ply];
+    const uint32_t* next = sc.pv_table[ply + 1];
+    row[0]               = m;
+    for (int i = 0; i + 1 < STACK_SIZE; ++i) {
+        row[i + 1] = next[i];
+        if (next[i] == 0) break;
+    }
+}
+
+// What the node knows from the table: the hit's fields, or zeros after a miss.
+struct NodeHash {
+    bool found;
+    HashHit hit;
+};
+
+// Razoring, reverse futility, null move and the capture trial of a node that is not on the
+// principal variation. Returns true with the node's result in score when one of them answers.
+static bool prune_node(SearchThread& t, int alpha, int beta, int depth, int ply, int e, Move hash_move,
+                       int& score) {
+    Position& p = *t.pos;
+    if (depth <= RAZOR_DEPTH && e + RAZOR_MARGIN < beta) {
+        const int v = qsearch(t, 0, alpha, beta, 0, ply);
+        if (v < beta) {
+            score = v;
+            return true;
+        }
+    }
+    if (has_pieces(p)) {
+        if (depth <= FUTILITY_DEPTH && beta + FUTILITY_MARGIN * depth <= e) {
+            score = e;
+            return true;
+        }
+        if (depth >= 2 && e <= NULL_MOVE_MAX_EVAL && p.epsq == NO_SQUARE && e >= beta) {
+            const int margin = e - beta;
+            const int r      = 3 + depth / 4 + (margin <= NULL_MARGIN_CAP ? margin / NULL_MARGIN_UNIT : 3);
+            make_null_move(t);
+            const int v = -search(t, 0, -beta, -beta + 1, depth - r, ply + 1, 0, 0);
+            unmake_move(t);
+            if (stopped()) {
+                score = 0;
+                return true;
+            }
+            if (v >= beta) {
+                // A mate found only after passing proves nothing beyond beta.
+                score = is_mate_score_free(v) ? v : beta;
+                return true;
+            }
+        }
+    }
+    if (depth >= TRIAL_DEPTH) {
+        const int rb          = beta + TRIAL_MARGIN;
+        const bool hash_first = (hash_move & SQUARE_BITS) && !(hash_move & QUIET_MARK) &&
+                                move_is_pseudo_legal(p, hash_move) && see(p, hash_move) >= 0;
+        MovePicker mp;
+        picker_init(mp, t, hash_first ? hash_move : 0, false, 0, false, ply);
+        // A hash move that did not qualify is a quiet move or a losing capture, which the capture
+        // stage skips anyway.
+        while (Move m = next_move(mp, t)) {
+            if (!legal(p, m)) continue;
+            make_move(t, m);
+            const int v = -search(t, 0, -rb, -rb + 1, depth - 4, ply + 1, 1, 0);
+            unmake_move(t);
+            if (v >= rb) {
+                score = v;
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+int search(SearchThread& t, int pv, int alpha, int beta, int depth, int ply, int prune, Move excluded) {
+    if (depth < 1) return qsearch(t, pv, alpha, beta, 0, ply);
+    alpha = std::max(alpha, ply - MATE);
+    beta  = std::min(beta, MATE + 1 - ply);
+    if (alpha >= beta) return alpha;
+    Position& p = *t.pos;
+    if (ply >= MAX_PLY) return evaluate(p);
+    if (stopped()) return 0;
+    if (is_draw(t)) return 0;
+
+    const CmRow cmh = cm_row_of(t);
+    NodeHash h{};
+    if (excluded == 0) h.found = hash_probe(t.key, ply, h.hit);
+    // Without a hit every field reads as zero (the singular test still reads the score).
+    if (!h.found) h.hit = HashHit{};
+    const int hash_score = h.hit.score;
+    if (h.found && !pv && h.hit.depth >= depth) {
+        const int s = hash_score;
+        const int b = h.hit.bound;
+        if ((b == BOUND_LOWER && s >= beta) || (b == BOUND_UPPER && s <= alpha) || b == BOUND_EXACT) {
+            if (h.hit.move & QUIET_MARK) {
+                const int d = std::min(depth, MAX_BONUS_DEPTH);
+                if (b == BOUND_LOWER) {
+                    update_killers(t, ply, h.hit.move);
+                    store_counter(t, h.hit.move);
+                    update_history(t, cmh, h.hit.move, 32 * d * d);
+                } else if (b == BOUND_UPPER) {
+                    update_history(t, cmh, h.hit.move, -32 * d * d);
+                }
+            }
+            return s;
+        }
+    }
+
+    const bool incheck = p.incheck != 0;
+    int eval;
+    if (incheck) {
+        eval = ply - MATE;
+    } else if (h.found) {
+        eval = h.hit.eval;
+    } else {
+        eval = evaluate(p);
+        if (excluded == 0) hash_store(t, 0, 0, eval, -2, ply, BOUND_NONE);
+    }
+    p.eval              = static_cast<int16_t>(eval);
+    const int improving = (ply > 1 && !incheck && (t.pos - 2)->eval <= eval) ? 1 : 0;
+    int e               = eval;
+    if (h.found && ((h.hit.bound == BOUND_LOWER && eval < hash_score) ||
+                    (h.hit.bound == BOUND_UPPER && eval > hash_score) || h.hit.bound == BOUND_EXACT))
+        e = hash_score;
+
+    Move hash_move = h.found ? h.hit.move : 0;
+    int hash_bound = h.hit.bound, hash_depth = h.hit.depth;
+    if (prune && !incheck && is_mate_score_free(beta)) {
+        if (pv) {
+            if (depth >= IID_DEPTH && (hash_move & SQUARE_BITS) == 0) {
+                search(t, 1, alpha, beta, depth - 2, ply, 0, 0);
+                HashHit again{};
+                if (hash_probe(t.key, ply, again)) {
+                    hash_move  = again.move;
+                    hash_bound = again.bound;
+                    hash_depth = again.depth;
+                }
+            }
+        } else {
+            int score;
+            if (prune_node(t, alpha, beta, depth, ply, e, hash_move, score)) return score;
+        }
+    }
+
+    const int underpromotions = (ply <= 3 || engine.analyze_mode) ? 1 : 0;
+    MovePicker mp;
+    picker_init(mp, t, hash_move, true, underpromotions, false, ply);
+    const bool singular_candidate = depth >= SINGULAR_DEPTH && excluded == 0 &&
+                                    is_mate_score_free(hash_score) && hash_bound == BOUND_LOWER &&
+                                    hash_depth >= depth - 3;
+    const bool writes_pv = pv && t.id == 0;
+    int best             = ply - MATE;
+    int bound            = BOUND_UPPER;
+    Move best_move       = hash_move;
+    int searched         = 0;
+    Move quiets[MAX_QUIETS];
+    int quiet_count = 0;
+    Move m;
+    int score        = 0;
+    bool failed_high = false;
+    while ((m = next_move(mp, t)) != 0) {
+        // No stage hands out the hash move's word again, so the word identifies it.
+        const bool from_hash = mp.hash_move != 0 && (m & 0xFFFF) == mp.hash_move;
+        if ((m & SQUARE_BITS) == (excluded & SQUARE_BITS)) continue;
+        if (mp.stage == STAGE_QUIETS && depth < LMP_DEPTH && lmp_table[improving][depth] <= searched) {
+            skip_quiets(mp);
+            continue;
+        }
+        if (mp.stage == STAGE_BAD_CAPTURES && move_key(m) < -BAD_CAPTURE_UNIT * depth) continue;
+        if (!legal(p, m)) continue;
+        int n = depth - 1;
+        if (from_hash && singular_candidate) {
+            const int sb = hash_score - depth;
+            const int v  = search(t, 0, sb - 1, sb, depth / 2, ply, 0, m);
+            if (v < sb) n = depth;
+        }
+        make_move(t, m);
+        ++searched;
+        if (writes_pv) sc.pv_table[ply + 1][0] = 0;
+        const int c = ply + 1;
+        if (searched == 1) {
+            score = -search(t, pv, -beta, -alpha, n, c, incheck ? 0 : 1, 0);
+        } else {
+            int r = -1;
+            if (mp.stage == STAGE_QUIETS && depth >= LMR_DEPTH) {
+                r = lmr_table[depth][searched] + (improving ? 0 : 1);
+                if (r != 0) r = r - 1 + (pv ? 0 : 1);
+                r -= move_key(m) / LMR_HISTORY_UNIT;
+            }
+            if (r >= 0) {
+                int reduced = n - r;
+                if (r >= n) {
+                    reduced = 1;
+                    r       = n - 1;
+                }
+                score = -search(t, 0, -alpha - 1, -alpha, reduced, c, 1, 0);
+                if (r != 0 && score > alpha) score = -search(t, 0, -alpha - 1, -alpha, n, c, 1, 0);
+            } else {
+                score = -search(t, 0, -alpha - 1, -alpha, n, c, 1, 0);
+            }
+            if (alpha < score && score < beta) score = -search(t, 1, -beta, -alpha, n, c, 1, 0);
+        }
+        unmake_move(t);
+        if (stopped()) return 0;
+        if (score > best) {
+            if (score > alpha) {
+                if (writes_pv) update_pv(ply, m);
+                if (score >= beta) {
+                    failed_high = true;
+                    break;
+                }
+                best_move = m;
+                best = alpha = score;
+                bound        = BOUND_EXACT;
+            } else {
+                best = score;
+            }
+        }
+        if ((m & QUIET_MARK) && quiet_count < MAX_QUIETS) quiets[quiet_count++] = m;
+    }
+
+    if (failed_high) {
+        best      = score;
+        best_move = m;
+        bound     = BOUND_LOWER;
+        if (!incheck && (m & QUIET_MARK)) {
+            const int d = std::min(depth + (score > beta + BONUS_MARGIN ? 1 : 0), MAX_BONUS_DEPTH);
+            cutoff_update(t, ply, cmh, m, quiets, quiet_count, d);
+        }
+    }
+    if (searched == 0) return (incheck || excluded) ? ply - MATE : 0;
+    if (excluded) return best;
+    hash_store(t, best_move, best, eval, depth, ply, bound);
+    return best;
+}
