@@ -5,6 +5,7 @@
 #include "board/attacks.h"
 #include "board/makemove.h"
 #include "board/movegen.h"
+#include "eval/tables.h"
 
 static constexpr uint32_t WORD_BITS = 0xFFFF;
 // Quiet keys of score_moves sit below every capture and promotion key.

@@ -19,8 +19,6 @@ enum PickStage {
     STAGE_END          = 7
 };
 
-constexpr int piece_value[6] = {100, 310, 330, 500, 1000, 20000};
-
 // A counter-move-history row: cmhist[code][square] of the previous move, indexed by the code and
 // destination of the quiet move being rated. Null when the node has no previous move.
 using CmRow = int16_t (*)[64];
