@@ -1,9 +1,12 @@
 #pragma once
-// The board diagram and the six bench positions.
+// The board diagram and the six bench positions that "bench" loads into the game.
 
-#include "board/types.h"
+#include <cstdint>
+
 #include "search/thread.h"
 
 extern const char* const bench_positions[6];
+// Rank 8 at the top; white pieces as " P ", black ones as "<P>", empty squares as " * ".
 void show_board(const uint8_t board[64]);
+// Loads the bench position named by the interpreter's line (1..6) and shows the game position.
 void bench(SearchThread& game);

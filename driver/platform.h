@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+// Once, first thing at start-up: stdout unbuffered, a closed reader must not kill us by signal.
+void platform_init();
 int64_t get_ms();       // monotonic milliseconds
 bool input_pending();   // bytes waiting on stdin (in our reader's buffer or the pipe), left unread
 bool key_waiting();     // console keyboard: a key is waiting (only when stdin is a terminal)
@@ -13,3 +15,6 @@ void sleep_ms(int ms);
 // Reads one line of stdin (without its line end) into buf of size n; a longer line is returned in
 // pieces. Returns false at end of input.
 bool read_line(char* buf, int n);
+// Ends the process with status 0 at once, without running destructors, when a write to stdout has
+// failed (the reader went away): there is nobody left to talk to.
+void exit_if_output_lost();

@@ -1,0 +1,448 @@
+// The command interpreter: FEN lines, folding, splitting, comments, and the one dispatch table of
+// the XBoard protocol words, the console words (console.cpp) and the book words. A word's usage
+// line sits in its handler. Handlers return CMD_DONE unless the position changed (CMD_POSITION)
+// or the word is one the loop must see (CMD_NONE, CMD_FORCE).
+
+#include "driver/commands.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "board/fen.h"
+#include "board/keys.h"
+#include "board/makemove.h"
+#include "book/polyglot.h"
+#include "driver/console.h"
+#include "driver/engine_state.h"
+#include "driver/uci.h"
+#include "search/threads.h"
+#include "search/tt.h"
+
+char* tokens[MAX_TOKENS + 1];
+int token_count;
+
+// Big enough for the longest line any reader hands over (the UCI reader's included).
+static char token_copy[32768];
+
+static constexpr const char* VERSION = "2.0.34";
+static constexpr int MAX_SEARCH_DEPTH = 120;
+
+int split_line(const char* text, const char* delimiters) {
+    std::strncpy(token_copy, text, sizeof token_copy - 1);
+    token_copy[sizeof token_copy - 1] = '\0';
+    token_count = 0;
+    char* c = token_copy;
+    while (*c != '\0' && token_count < MAX_TOKENS) {
+        while (*c != '\0' && std::strchr(delimiters, *c) != nullptr) ++c;
+        if (*c == '\0') break;
+        tokens[token_count++] = c;
+        while (*c != '\0' && std::strchr(delimiters, *c) == nullptr) ++c;
+        if (*c != '\0') *c++ = '\0';
+    }
+    tokens[token_count] = nullptr;
+    return token_count;
+}
+
+static bool has_argument() { return token_count >= 2; }
+static int int_argument() { return std::atoi(tokens[1]); }
+
+void take_back(SearchThread& game, int n) {
+    for (int taken = 0; taken < n && engine.ply > 0; ++taken) {
+        *game.pos = engine.position_history[engine.ply];
+        // A position set up from FEN mid-game restarted the key history; never step below it.
+        if (game.histidx > 0) {
+            --game.histidx;
+            game.key = game.keyhist[game.histidx];
+        } else {
+            game.key = full_key(*game.pos);
+            game.keyhist[0] = game.key;
+        }
+        --engine.ply;
+    }
+    engine.game_over = 0;
+}
+
+// The side to move is part of the key and of the pin and check fields: keep them consistent.
+static void set_side(SearchThread& game, int side) {
+    Position& p = *game.pos;
+    p.side = static_cast<uint8_t>(side);
+    game.key = full_key(p);
+    game.keyhist[game.histidx] = game.key;
+    set_pins(p);
+}
+
+static int cmd_nothing(SearchThread&) { return CMD_DONE; }
+
+static int cmd_analyze(SearchThread&) {
+    engine.depth_limit = 99;
+    engine.force_mode = 0;
+    engine.analyze_mode = 1;
+    return CMD_DONE;
+}
+
+static int cmd_back(SearchThread& game) {
+    int n = has_argument() ? int_argument() : 1;
+    if (n < 1) {
+        engine.game_over = 0;
+        return CMD_POSITION;
+    }
+    take_back(game, n);
+    return CMD_POSITION;
+}
+
+static int cmd_white(SearchThread& game) {
+    set_side(game, WHITE);
+    engine.force_mode = 0;
+    return CMD_POSITION;
+}
+
+static int cmd_black(SearchThread& game) {
+    set_side(game, BLACK);
+    engine.force_mode = 0;
+    return CMD_POSITION;
+}
+
+static int cmd_book(SearchThread&) {
+    if (!has_argument() || std::strcmp(tokens[1], "help") == 0 || std::strcmp(tokens[1], "?") == 0) {
+        std::puts("usage:  Book 0  - no book");
+        std::puts("        Book 1  - PolyGlot book {best move}");
+        std::printf("Current Book #  - %d\n", engine.book_mode);
+    } else if (std::strcmp(tokens[1], "off") == 0 || std::strcmp(tokens[1], "0") == 0) {
+        if (engine.book_file != nullptr) book_close();
+        engine.book_mode = 0;
+    } else {
+        engine.book_mode = int_argument();
+    }
+    if (engine.book_mode != 0 && engine.book_file == nullptr) {
+        book_close();
+        if (book_open()) {
+            engine.book_mode = 1;
+            std::printf("found %s\n", engine.book_name);
+        } else {
+            std::printf("book_open: can't open %s\n", engine.book_name);
+            engine.book_mode = 0;
+        }
+    }
+    return CMD_DONE;
+}
+
+static int cmd_pickbest(SearchThread&) {
+    if (!has_argument())
+        std::puts("usage: pickbest 0 or 1");
+    else
+        engine.pickbest = int_argument();
+    return CMD_DONE;
+}
+
+static int cmd_bookdepth(SearchThread&) {
+    if (!has_argument())
+        std::puts("usage: bookdepth <args> - default 48 half moves");
+    else
+        engine.bookdepth = int_argument();
+    std::printf("bookdepth=%d\n", engine.bookdepth);
+    return CMD_DONE;
+}
+
+static int cmd_bookname(SearchThread&) {
+    if (!has_argument()) {
+        std::puts("usage: bookname <file name>");
+        std::printf("       current book %s\n", engine.book_name);
+        return CMD_DONE;
+    }
+    book_close();
+    // The name is quoted on the (already folded) line, so it may hold blanks and slashes.
+    if (const char* open = std::strchr(engine.line, '"')) {
+        ++open;
+        const char* close = std::strchr(open, '"');
+        size_t len = close != nullptr ? static_cast<size_t>(close - open) : std::strlen(open);
+        if (len > sizeof engine.book_name - 1) len = sizeof engine.book_name - 1;
+        std::memcpy(engine.book_name, open, len);
+        engine.book_name[len] = '\0';
+    }
+    std::printf("book = %s\n", engine.book_name);
+    return CMD_DONE;
+}
+
+static int cmd_book_random(SearchThread&) {
+    if (!has_argument())
+        std::puts("usage: book_random [move number]");
+    else
+        engine.book_random = int_argument();
+    std::printf("book_random=%d\n", engine.book_random);
+    return CMD_DONE;
+}
+
+static int cmd_cores(SearchThread&) {
+    if (!has_argument()) {
+        std::puts("usage:  cores <processors available>");
+        return CMD_DONE;
+    }
+    set_threads(int_argument());
+    engine.cores = thread_count();
+    std::printf("CPUs available %d\n", engine.cores);
+    return CMD_DONE;
+}
+
+static int cmd_easy(SearchThread&) {
+    engine.ponder = 0;
+    std::puts("pondering disabled.");
+    return CMD_DONE;
+}
+
+static int cmd_exit(SearchThread&) {
+    if (engine.analyze_mode) {
+        engine.analyze_mode = 0;
+        sc.stop.store(1, std::memory_order_relaxed);
+        engine.depth_limit = 14;
+        std::putchar('\n');
+    }
+    return CMD_DONE;
+}
+
+static int cmd_force(SearchThread&) {
+    engine.force_mode = 1;
+    return engine.xboard_mode ? CMD_FORCE : CMD_DONE;
+}
+
+static int cmd_hard(SearchThread&) {
+    engine.ponder = 1;
+    std::puts("pondering enabled.");
+    return CMD_DONE;
+}
+
+static int cmd_ics(SearchThread&) {
+    if (!has_argument()) {
+        std::puts("Usage: ICS <hostname>");
+        return CMD_DONE;
+    }
+    if (std::strcmp(tokens[1], "-") != 0)
+        std::printf("tellicsnoalias kibitz Hello from Morvaine v%s %s%d cpus%s\n", VERSION, "(",
+                    engine.cores > 0 ? engine.cores : 1, ")");
+    return CMD_DONE;
+}
+
+static int cmd_level(SearchThread&) {
+    if (token_count < 4) {
+        std::puts("usage: level <nmoves> <stime> <inc>");
+        return CMD_DONE;
+    }
+    int moves = std::atoi(tokens[1]);
+    engine.moves_to_go = moves;
+    // Base time in minutes, optionally minutes:seconds.
+    int seconds = std::atoi(tokens[2]) * 60;
+    if (const char* colon = std::strchr(tokens[2], ':')) seconds += std::atoi(colon + 1);
+    engine.time_left = seconds * 1000;
+    engine.increment = static_cast<int32_t>(std::atof(tokens[3]) * 1000.0);
+    engine.level_moves = moves != 0 ? moves : 1000;
+    return CMD_DONE;
+}
+
+static int cmd_memory(SearchThread&) {
+    if (!has_argument()) {
+        std::puts("usage: memory <size>");
+        return CMD_DONE;
+    }
+    int mb = int_argument();
+    if (mb >= 1) hash_alloc(mb);
+    return CMD_DONE;
+}
+
+static int cmd_name(SearchThread&) {
+    if (!has_argument()) std::puts("usage: name <name>");
+    return CMD_DONE;
+}
+
+static int cmd_otim(SearchThread&) {
+    if (!has_argument()) std::puts("usage: otime <time(unit=.01 secs)>");
+    return CMD_DONE;
+}
+
+static int cmd_ping(SearchThread&) {
+    engine.ping_pending = has_argument() ? int_argument() : 0;
+    return CMD_DONE;
+}
+
+static int cmd_post(SearchThread&) {
+    engine.post = 1;
+    return CMD_DONE;
+}
+
+static int cmd_nopost(SearchThread&) {
+    engine.post = 0;
+    return CMD_DONE;
+}
+
+static int cmd_protover(SearchThread&) {
+    if (has_argument() && int_argument() == 2) {
+        std::puts("feature ping=1 setboard=1 san=0 time=1 draw=0");
+        std::puts("feature sigint=0 sigterm=0 reuse=0 analyze=1");
+        std::puts("feature name=1 usermove=0");
+        std::puts("feature playother=0 colors=0 memory=1 smp=1");
+        std::puts("feature nps=0 ics=1 debug=1");
+        std::puts("feature done=1");
+    } else {
+        std::puts("ERROR (bogus xboard protocol version received)");
+    }
+    return CMD_DONE;
+}
+
+static int cmd_result(SearchThread&) {
+    if (has_argument()) engine.game_over = 1;
+    return CMD_DONE;
+}
+
+static int cmd_sd(SearchThread&) {
+    if (!has_argument()) {
+        std::puts("usage: sd <depth>");
+        return CMD_DONE;
+    }
+    int depth = int_argument();
+    engine.depth_limit = depth > MAX_SEARCH_DEPTH ? MAX_SEARCH_DEPTH : depth;
+    return CMD_DONE;
+}
+
+static int cmd_time(SearchThread&) {
+    if (engine.xboard_mode) engine.time_left = (has_argument() ? int_argument() : 0) * 10;
+    return CMD_DONE;
+}
+
+static int cmd_uci(SearchThread& game) {
+    if (engine.xboard_mode) return CMD_DONE;
+    // The UCI loop reads stdin itself, so the watcher must end first.
+    engine.watcher_quit = 1;
+    engine.uci_mode = 1;
+    uci_loop(game);
+    engine.uci_done = 1;
+    engine.uci_mode = 0;
+    return CMD_DONE;
+}
+
+static int cmd_undo(SearchThread& game) {
+    int n = token_count == 2 ? int_argument() : 1;
+    if (engine.ply == 0) return CMD_POSITION;
+    take_back(game, n);
+    return CMD_POSITION;
+}
+
+static int cmd_xboard(SearchThread&) {
+    if (!engine.xboard_mode) {
+        engine.xboard_mode = 1;
+        std::putchar('\n');
+    }
+    return CMD_DONE;
+}
+
+static int cmd_query(SearchThread&) {
+    sc.stop.store(1, std::memory_order_relaxed);
+    return CMD_DONE;
+}
+
+namespace {
+
+struct Command {
+    const char* word;
+    bool whole_line; // compared with the whole folded line instead of the first token
+    int (*handler)(SearchThread&);
+};
+
+// clang-format off
+// The first match wins, so the order is part of the protocol.
+constexpr Command commands[] = {
+    {".",           false, cmd_nothing},
+    {"accepted",    false, cmd_nothing},
+    {"analyze",     false, cmd_analyze},
+    {"back",        false, cmd_back},
+    {"beep",        false, cmd_beep},
+    {"bench",       false, cmd_bench},
+    {"b",           false, cmd_bench},
+    {"bk",          false, cmd_bk},
+    {"white",       false, cmd_white},
+    {"black",       false, cmd_black},
+    {"bogus",       false, cmd_bogus},
+    {"book",        false, cmd_book},
+    {"pickbest",    false, cmd_pickbest},
+    {"bookdepth",   false, cmd_bookdepth},
+    {"bookname",    false, cmd_bookname},
+    {"book_random", false, cmd_book_random},
+    {"cls",         true,  cmd_cls},
+    {"computer",    false, cmd_nothing},
+    {"cores",       false, cmd_cores},
+    {"display",     false, cmd_display},
+    {"d",           true,  cmd_d},
+    {"draw",        true,  cmd_nothing},
+    {"easy",        false, cmd_easy},
+    {"syzygypath",  false, cmd_syzygypath},
+    {"eval",        false, cmd_eval},
+    {"exit",        false, cmd_exit},
+    {"flag",        false, cmd_nothing},
+    {"flip",        false, cmd_flip},
+    {"flop",        false, cmd_flop},
+    {"force",       false, cmd_force},
+    {"hard",        false, cmd_hard},
+    {"help",        false, cmd_help},
+    {"ics",         false, cmd_ics},
+    {"level",       false, cmd_level},
+    {"list",        true,  cmd_list},
+    {"list game",   true,  cmd_list_game},
+    {"memory",      false, cmd_memory},
+    {"hash",        false, cmd_memory},
+    {"dhash",       false, cmd_dhash},
+    {"name",        false, cmd_name},
+    {"option",      false, cmd_nothing},
+    {"otim",        false, cmd_otim},
+    {"perft",       false, cmd_perft},
+    {"ping",        false, cmd_ping},
+    {"ponder",      false, cmd_ponder},
+    {"post",        false, cmd_post},
+    {"nopost",      false, cmd_nopost},
+    {"protover",    false, cmd_protover},
+    {"random",      false, cmd_nothing},
+    {"rating",      false, cmd_nothing},
+    {"rejected",    false, cmd_nothing},
+    {"result",      false, cmd_result},
+    {"savepos",     false, cmd_savepos},
+    {"sd",          false, cmd_sd},
+    {"st",          false, cmd_nothing},
+    {"time",        false, cmd_time},
+    {"trace",       false, cmd_trace},
+    {"xtrace",      false, cmd_xtrace},
+    {"uci",         false, cmd_uci},
+    {"undo",        false, cmd_undo},
+    {"takeback",    false, cmd_undo},
+    {"variant",     false, cmd_nothing},
+    {"xboard",      false, cmd_xboard},
+    {"winboard",    false, cmd_xboard},
+    {"?",           false, cmd_query},
+};
+// clang-format on
+
+} // namespace
+
+// A line with more than six slashes is a position, whatever its first word.
+static bool is_fen_line(const char* line) {
+    int slashes = 0;
+    for (const char* c = line; *c != '\0'; ++c) slashes += *c == '/';
+    return slashes > 6;
+}
+
+int parse_command(SearchThread& game) {
+    char* line = engine.line;
+    if (is_fen_line(line)) {
+        split_line(line, " ;=");
+        // "setboard" and one blank come before the position text.
+        const bool prefixed = token_count > 0 && std::strcmp(tokens[0], "setboard") == 0;
+        setboard(game, prefixed ? line + 9 : line);
+        new_game(game);
+        game.pos->phase = compute_phase(*game.pos);
+        return CMD_POSITION;
+    }
+    for (char* c = line; *c != '\0'; ++c)
+        if (*c >= 'A' && *c <= 'Z') *c = static_cast<char>(*c - 'A' + 'a');
+    if (split_line(line, " \t=/") == 0 || tokens[0][0] == '#') return CMD_DONE;
+    for (const Command& c : commands) {
+        const char* subject = c.whole_line ? line : tokens[0];
+        if (std::strcmp(subject, c.word) == 0) return c.handler(game);
+    }
+    return CMD_NONE;
+}

@@ -1,0 +1,261 @@
+// Console and diagnostic words: what a person at a terminal uses to look at and test the engine.
+// Nothing here runs while a search does, except "bk", which analysis may hand over.
+
+#include "driver/console.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "board/fen.h"
+#include "board/keys.h"
+#include "board/makemove.h"
+#include "board/notation.h"
+#include "board/perft.h"
+#include "book/polyglot.h"
+#include "driver/commands.h"
+#include "driver/display.h"
+#include "driver/engine_state.h"
+#include "driver/platform.h"
+#include "eval/report.h"
+#include "search/threads.h"
+#include "search/tt.h"
+
+static bool has_argument() { return token_count >= 2; }
+static int int_argument() { return std::atoi(tokens[1]); }
+
+int cmd_beep(SearchThread&) { return engine.xboard_mode; }
+
+int cmd_bench(SearchThread& game) {
+    bench(game);
+    savepos(*game.pos);
+    return CMD_POSITION;
+}
+
+int cmd_bk(SearchThread& game) {
+    static char listing[4096];
+    book_listing(game, listing, sizeof listing);
+    std::printf("\t%s\n\n", listing);
+    std::fflush(stdout);
+    return engine.xboard_mode;
+}
+
+int cmd_bogus(SearchThread&) { return engine.xboard_mode; }
+
+int cmd_cls(SearchThread&) {
+    clear_screen();
+    return CMD_DONE;
+}
+
+int cmd_display(SearchThread&) {
+    if (has_argument()) {
+        engine.display_depth = int_argument();
+        std::printf("Display minimum depth %d\n", engine.display_depth);
+    } else {
+        std::puts("usage:  display <PV minimum depth>");
+        engine.display_depth = 0;
+    }
+    return CMD_DONE;
+}
+
+int cmd_d(SearchThread& game) {
+    show_board(game.pos->board);
+    return CMD_DONE;
+}
+
+int cmd_syzygypath(SearchThread&) {
+    std::puts("SYZYGY support not included (no -DSYZYGY)");
+    return CMD_DONE;
+}
+
+int cmd_eval(SearchThread& game) {
+    if (!engine.searching && !engine.pondering) eval_report(*game.pos);
+    return CMD_DONE;
+}
+
+// Clears the game record and rebuilds slot 0 from a placement, keeping the given state fields.
+static void rebuild_game_position(SearchThread& game, const uint8_t board[64], uint8_t side, uint8_t epsq,
+                                  uint8_t cflag, uint8_t phase) {
+    std::memset(static_cast<void*>(&game), 0, sizeof game);
+    game.pos = &game.stack[0];
+    Position& p = *game.pos;
+    for (int sq = 0; sq < 64; ++sq) {
+        const uint8_t code = board[sq];
+        p.board[sq] = code;
+        if (code == EMPTY) continue;
+        p.colour_bb[piece_colour(code)] |= bit(sq);
+        if (piece_type(code) == KING)
+            (piece_colour(code) == WHITE ? p.wking : p.bking) = static_cast<uint8_t>(sq);
+        else
+            p.type_bb[piece_type(code)] |= bit(sq);
+    }
+    p.side = side;
+    p.epsq = epsq;
+    p.cflag = cflag;
+    p.phase = phase;
+    new_game(game);
+    pawn_key(p);
+    pst_init(p);
+    set_pins(p);
+    show_board(p.board);
+}
+
+static bool inside_ep_ranks(int sq) { return sq >= 8 && sq < 56; }
+
+int cmd_flip(SearchThread& game) {
+    const Position old = *game.pos;
+    uint8_t board[64];
+    for (int sq = 0; sq < 64; ++sq) {
+        const uint8_t code = old.board[sq];
+        board[sq ^ 56] = code == EMPTY ? EMPTY : static_cast<uint8_t>(code ^ 8);
+    }
+    const uint8_t epsq = inside_ep_ranks(old.epsq) ? static_cast<uint8_t>(old.epsq ^ 56) : old.epsq;
+    // Exchange the white and black castling rights.
+    const uint8_t cflag = static_cast<uint8_t>(((old.cflag * 4) & 12) | (old.cflag >> 2));
+    rebuild_game_position(game, board, static_cast<uint8_t>(old.side ^ 1), epsq, cflag, old.phase);
+    return CMD_POSITION;
+}
+
+int cmd_flop(SearchThread& game) {
+    const Position old = *game.pos;
+    // Castling rights do not survive exchanging the king and queen sides.
+    if (old.cflag != 0) {
+        show_board(old.board);
+        return CMD_POSITION;
+    }
+    uint8_t board[64];
+    for (int sq = 0; sq < 64; ++sq) board[sq ^ 7] = old.board[sq];
+    const uint8_t epsq = inside_ep_ranks(old.epsq) ? static_cast<uint8_t>(old.epsq ^ 7) : old.epsq;
+    rebuild_game_position(game, board, old.side, epsq, 0, old.phase);
+    return CMD_POSITION;
+}
+
+int cmd_help(SearchThread&) {
+    if (engine.xboard_mode) return CMD_DONE;
+    std::fputs(" Morvaine v2 Commands\n"
+               " --------------------------\n"
+               " analyze   - continuous\n"
+               " book      - change book mode\n"
+               " cores []  - CPU's\n"
+               " display   - PV depth\n"
+               " go        - start engine thinking\n"
+               " hash []   - size in Mb\n"
+               " new       - new game, default\n"
+               " ponder    - on/off\n"
+               " quit      - exit\n"
+               " undo []   - undo last move[s]\n\n"
+               "xboard commands: [default mode]\n"
+               " sd, level, setboard, ics, etc.\n"
+               "uci commands: [Type \"uci\" to enter uci mode]\n\n"
+               "Debug and console commands:\n"
+               " bench[b ] - bench test number\n"
+               " black     - black to move\n"
+               " white     - white to move\n"
+               " d         - display board\n"
+               " dhash     - display hashing statistics\n"
+               " eval      - assess root position\n"
+               " flip      - invert board\n"
+               " flop      - mirror board\n"
+               " list      - display list of possible moves\n"
+               " list game - list game\n"
+               " perft []  - performance test [depth]\n"
+               " savepos   - display FEN position\n",
+               stdout);
+    return CMD_DONE;
+}
+
+int cmd_list(SearchThread& game) {
+    const Position& p = *game.pos;
+    std::fputs(" #  Move   Value  Capture  mv:", stdout);
+    for (uint32_t i = 0; i < engine.legal_count; ++i) {
+        Move& m = engine.legal_moves.moves[i];
+        if (!legal(p, m)) {
+            std::printf("# %s illegal\n", move_text(m));
+            m = 0;
+        }
+        std::printf("\n%2d  %2s %6d %6d %u", static_cast<int>(i + 1), move_text(m), static_cast<int>(m >> 16),
+                    p.board[move_to(m)], m & 0xFFFF);
+    }
+    std::putchar('\n');
+    return CMD_DONE;
+}
+
+int cmd_list_game(SearchThread&) {
+    for (int n = 1; n <= engine.ply; ++n) {
+        if (n % 2 == 1)
+            std::printf("%d.%s ", (n - 1) / 2 + 1, move_text(engine.move_history[n]));
+        else
+            std::printf("%s ", move_text(engine.move_history[n]));
+    }
+    std::putchar('\n');
+    return CMD_DONE;
+}
+
+int cmd_dhash(SearchThread&) {
+    hash_stats(thread_count());
+    return CMD_DONE;
+}
+
+int cmd_perft(SearchThread& game) {
+    if (!has_argument()) {
+        std::puts("usage: perft <depth>");
+        return CMD_DONE;
+    }
+    const int depth = int_argument();
+    if (depth < 1) {
+        std::puts("usage: perft <maxply>");
+        return CMD_DONE;
+    }
+    perft_command(game, depth);
+    return CMD_DONE;
+}
+
+int cmd_ponder(SearchThread&) {
+    if (!has_argument()) {
+        std::puts("usage: ponder off|on");
+    } else if (std::strcmp(engine.line, "ponder on") == 0 || std::strcmp(tokens[1], "1") == 0) {
+        engine.ponder = 1;
+        std::puts("pondering enabled");
+    } else if (std::strcmp(engine.line, "ponder off") == 0 || std::strcmp(tokens[1], "0") == 0) {
+        engine.ponder = 0;
+        std::puts("pondering disabled");
+    }
+    return CMD_DONE;
+}
+
+int cmd_savepos(SearchThread& game) {
+    savepos(*game.pos);
+    return CMD_DONE;
+}
+
+int cmd_trace(SearchThread&) {
+    if (has_argument()) {
+        engine.trace = int_argument();
+        std::printf("Trace = %d\n", engine.trace);
+        return CMD_DONE;
+    }
+    std::puts("usage: trace <display to depth>");
+    if (engine.trace == 0) {
+        engine.trace = 32;
+        std::printf("Trace On = %d\n", engine.trace);
+    } else {
+        engine.trace = -1;
+        std::puts("Trace Off");
+    }
+    return CMD_DONE;
+}
+
+int cmd_xtrace(SearchThread&) {
+    if (!has_argument()) {
+        std::puts("usage: xtrace <display @ depth>");
+        return CMD_DONE;
+    }
+    if (engine.xtrace == 0) {
+        engine.xtrace = int_argument();
+        std::printf("xTrace = %d\n", engine.xtrace);
+    } else {
+        engine.xtrace = -1;
+        std::puts("xTrace Off");
+    }
+    return CMD_DONE;
+}

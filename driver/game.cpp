@@ -1,0 +1,215 @@
+// The game driver: keeps the legal moves of the game position, plays received moves, lets the
+// engine answer (book, single reply or search through think), records the game, ponders and
+// analyses. Every game move goes through record_move so the histories can never overflow.
+
+#include "driver/game.h"
+
+#include <cinttypes>
+#include <cstdio>
+#include <cstring>
+
+#include "board/makemove.h"
+#include "board/movegen.h"
+#include "board/notation.h"
+#include "book/polyglot.h"
+#include "driver/control.h"
+#include "driver/engine_state.h"
+#include "driver/loop.h"
+#include "driver/platform.h"
+#include "search/output.h"
+#include "search/threads.h"
+
+// When the engine began to handle the current move request.
+static int64_t think_start;
+
+// Generators are unbounded; a set-up position with many extra pieces must not write past the
+// game's list, so they fill this scratch list first.
+static Move scratch[4096];
+
+// Generates the pseudo-legal moves of the position into the game's list and zeroes the entries
+// that fail the legality test in place. Returns how many passed; the generated count is in
+// engine.legal_count.
+static uint32_t fill_legal_moves(const Position& p, Move& only) {
+    uint32_t count = 0;
+    if (!p.incheck) {
+        uint32_t quiets = 0;
+        gen_captures(p, scratch, &count, 1);
+        gen_quiets(p, scratch + count, &quiets);
+        count += quiets;
+    } else {
+        gen_evasions(p, scratch, &count, 1);
+    }
+    if (count > MAX_MOVES) count = MAX_MOVES;
+    uint32_t passed = 0;
+    only = 0;
+    for (uint32_t i = 0; i < count; ++i) {
+        Move m = scratch[i];
+        if (!legal(p, m)) {
+            m = 0;
+        } else {
+            ++passed;
+            only = m;
+        }
+        engine.legal_moves.moves[i] = m;
+    }
+    engine.legal_moves.count = count;
+    engine.legal_count = count;
+    return passed;
+}
+
+static void no_legal_move() {
+    engine.game_over = 1;
+    engine.legal_count = 0;
+    engine.single_reply = 0;
+}
+
+void generate_legal_moves(SearchThread& game, bool clear_stop) {
+    Move only = 0;
+    const uint32_t passed = fill_legal_moves(*game.pos, only);
+    if (passed == 0)
+        no_legal_move();
+    else
+        engine.single_reply = passed == 1 ? only : 0;
+    if (clear_stop) sc.stop.store(0, std::memory_order_relaxed);
+}
+
+[[noreturn]] static void history_overflow() {
+    std::puts("ERROR (Overflow)");
+    quit_path();
+}
+
+// Appends the move to the game's histories and plays it on the game record.
+static void record_move(SearchThread& game, Move m) {
+    // The guard keeps the histories and the key history (game plus a whole search) in bounds.
+    if (engine.ply > MAX_GAME_PLY) history_overflow();
+    const Position& before = *game.pos;
+    ++engine.ply;
+    engine.move_history[engine.ply] = m;
+    engine.position_history[engine.ply] = before;
+    // Black's move completes a move of the time control.
+    if (engine.moves_to_go != 0 && before.side == BLACK && --engine.moves_to_go == 0)
+        engine.moves_to_go = engine.level_moves;
+    commit_move(game, m);
+}
+
+LoopStep received_move(SearchThread& game, const char* line) {
+    // Only the first five characters matter; nothing after the line's end is looked at.
+    char text[6] = {};
+    for (int i = 0; i < 5 && line[i] != '\0'; ++i) text[i] = line[i];
+    const Move word = text_to_move(text) & 0xFFFF;
+    bool found = false;
+    for (uint32_t i = 0; i < engine.legal_count && !found; ++i) {
+        const Move m = engine.legal_moves.moves[i];
+        found = m != 0 && (m & 0xFFFF) == word;
+    }
+    if (!found) {
+        std::printf("Illegal move: %s\n", line);
+        return LoopStep::read;
+    }
+    std::printf("#move_number = %d   %s%d%s\n", engine.ply, "(", (engine.ply + 3) / 2, ")");
+    record_move(game, word);
+    if (engine.force_mode) return LoopStep::regenerate;
+
+    const int was_over = engine.game_over;
+    Move only = 0;
+    const uint32_t passed = fill_legal_moves(*game.pos, only);
+    if (engine.legal_count == 0) {
+        no_legal_move();
+        return LoopStep::read;
+    }
+    if (was_over) return LoopStep::read;
+    if (passed == 0) {
+        // Mated or stalemated: the search still runs and reports no move.
+        no_legal_move();
+    } else {
+        engine.single_reply = passed == 1 ? only : 0;
+    }
+    return engine_thinks(game);
+}
+
+// The move the driver answers with when no search chose it (book move, single reply).
+static void set_best_move(Move m) {
+    sc.pv_table[0][0] = m;
+    sc.pv_table[0][1] = 0;
+    sc.search_start = think_start;
+    for (int i = 0; i < thread_count(); ++i) set_thread_nodes(search_record(i), 0);
+}
+
+static LoopStep after_move(SearchThread& game) {
+    engine.searching = 0;
+    if (engine.game_over) {
+        std::puts("tellics kibitz Good Game!");
+        return LoopStep::read;
+    }
+    if (!engine.analyze_mode) {
+        const Move best = sc.pv_table[0][0];
+        if ((best & SQUARE_BITS) != 0) record_move(game, best);
+    }
+    double elapsed = static_cast<double>(get_ms() - think_start) / 1000.0;
+    if (elapsed == 0.0) elapsed = 1.0;
+    if (!engine.xboard_mode) {
+        const uint64_t nodes = nodes_searched.load(std::memory_order_relaxed);
+        std::printf("elap: %1.6f\n", elapsed);
+        std::printf("Total Nodes=%" PRId64 " nps: %d\n", static_cast<int64_t>(nodes),
+                    static_cast<int>(static_cast<double>(nodes) / elapsed));
+    }
+    if (!engine.analyze_mode) return LoopStep::regenerate;
+    if (engine.xboard_mode) return LoopStep::redispatch;
+    engine.analyze_mode = 0;
+    return LoopStep::read;
+}
+
+LoopStep engine_thinks(SearchThread& game) {
+    think_start = get_ms();
+    nodes_searched.store(0, std::memory_order_relaxed);
+    const int display_depth = engine.display_depth;
+    engine.display_depth = 0;
+
+    if (engine.book_mode) {
+        const Move m = book_probe(game);
+        // In analysis a book move is only listed (by the probe) and the position is searched.
+        if (m != 0 && !engine.analyze_mode) {
+            std::printf("move %s\n", move_text(m));
+            set_best_move(m);
+            if (sc.best_depth.load(std::memory_order_relaxed) >= engine.display_depth) print_thinking();
+            engine.display_depth = display_depth;
+            return after_move(game);
+        }
+    }
+    if (engine.single_reply != 0 && !engine.analyze_mode && !engine.pondering) {
+        set_best_move(engine.single_reply);
+        sc.best_depth.store(0, std::memory_order_relaxed);
+        print_thinking();
+        engine.display_depth = display_depth;
+        std::printf("move %s\n", move_text(engine.single_reply));
+        return after_move(game);
+    }
+    engine.force_mode = 0;
+    nodes_searched.store(0, std::memory_order_relaxed);
+    sc.stop.store(0, std::memory_order_relaxed);
+    engine.searching = 1;
+    engine.display_depth = display_depth;
+    if (!engine.xboard_mode) std::puts("depth score time nodes pv");
+    sc.best_depth.store(0, std::memory_order_relaxed);
+    sc.time_slot.store(0, std::memory_order_relaxed);
+    think(game);
+    return after_move(game);
+}
+
+bool ponder_check(SearchThread& game, int last_result) {
+    if (last_result == CMD_POSITION || engine.ply <= 1) return false;
+    if (!engine.ponder || engine.force_mode || engine.game_over || sc.stop.load(std::memory_order_relaxed))
+        return false;
+    if (!engine.xboard_mode) std::puts("#pondering ...");
+    const int post = engine.post;
+    engine.searching = 1;
+    engine.pondering = 1;
+    think(game);
+    engine.pondering = 0;
+    engine.searching = 0;
+    engine.post = post;
+    if (!engine.xboard_mode) std::puts("#ponder complete");
+    // Nothing starts another ponder search before the next regeneration clears this.
+    sc.stop.store(1, std::memory_order_relaxed);
+    return true;
+}

@@ -1,0 +1,205 @@
+// Start-up, the settings file, new game, the command loop and the ways out of the program.
+// The loop runs on the main thread and owns the shared input line between searches.
+
+#include "driver/loop.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "board/attacks.h"
+#include "board/fen.h"
+#include "board/keys.h"
+#include "book/polyglot.h"
+#include "driver/commands.h"
+#include "driver/engine_state.h"
+#include "driver/game.h"
+#include "driver/platform.h"
+#include "driver/watcher.h"
+#include "eval/pawns.h"
+#include "eval/tables.h"
+#include "search/search.h"
+#include "search/threads.h"
+#include "search/tt.h"
+
+static constexpr const char* SETTINGS_FILE = "mo.ini";
+static constexpr int SETTINGS_PIECE = 128; // 127 characters and the terminator
+
+// Cuts a line at its first newline and its first carriage return.
+static void cut_line(char* line) { line[std::strcspn(line, "\r\n")] = '\0'; }
+
+void startup() {
+    platform_init();
+
+    // Process-wide tables, all before any other thread exists.
+    attack_init();
+    pawn_masks_init();
+    if (!pawn_hash_alloc()) {
+        std::puts(" pawn hash allocation error - exiting ...");
+        std::exit(1);
+    }
+    pst_tables_init();
+    lmr_init();
+    keys_init();
+
+    engine.uci_done = 0;
+    adjacent_files_init();
+    std::strcpy(engine.book_name, "book.bin");
+    engine.uci_mode = 0;
+    engine.xboard_mode = 0;
+    engine.book_file = nullptr;
+    engine.book_mode = 0;
+    engine.pickbest = 0;
+
+    std::puts("Morvaine v2.0.34");
+
+    engine.ply = 0;
+    engine.input_ready = 0;
+    engine.watcher_quit = 0;
+    start_input_watcher();
+
+    engine.game = new (std::nothrow) SearchThread();
+    if (engine.game == nullptr) {
+        std::puts(" game record allocation error - exiting ...");
+        std::exit(1);
+    }
+    engine.game->pos = &engine.game->stack[0];
+    set_threads(1);
+    hash_alloc(128);
+    start_new_game(*engine.game);
+}
+
+void read_settings_file() {
+    std::FILE* f = std::fopen(SETTINGS_FILE, "r");
+    if (f == nullptr) {
+        std::printf("%s file not found\n", SETTINGS_FILE);
+        return;
+    }
+    // Each line is a command, read in pieces of at most 127 characters.
+    while (std::fgets(engine.line, SETTINGS_PIECE, f) != nullptr) {
+        cut_line(engine.line);
+        parse_command(*engine.game);
+    }
+    std::fclose(f);
+}
+
+void start_new_game(SearchThread& game) {
+    engine.trace = -1;
+    setboard(game, START_FEN);
+    new_game(game);
+    engine.force_mode = 0;
+    engine.game_over = 0;
+    engine.ply = 0;
+    read_settings_file();
+    generate_legal_moves(game, true);
+}
+
+void quit_path() {
+    engine.watcher_quit = 1;
+    join_input_watcher();
+    delete engine.game;
+    engine.game = nullptr;
+    hash_free();
+    free_threads();
+    pawn_hash_free();
+    book_close();
+    std::exit(0);
+}
+
+void end_of_input() {
+    std::puts("found exit EXIT_FAILURE");
+    std::fflush(stdout);
+    // Search threads may still be running: end at once, without destructors.
+    std::_Exit(0);
+}
+
+static void print_prompt(const Position& p) {
+    std::printf("#%s%s%d%s: ", p.side == WHITE ? "White" : "Black", "(", (engine.ply + 2) / 2, ")");
+}
+
+// Steps 2 to 7 of a cycle: answer a ping, maybe ponder, prompt, and read a non-empty line.
+// Returns the last result code as the ponder check leaves it.
+static int read_command(SearchThread& game, int last) {
+    for (;;) {
+        exit_if_output_lost();
+        if (engine.ping_pending != 0) {
+            std::printf("pong %d\n", engine.ping_pending);
+            engine.ping_pending = 0;
+        }
+        if (ponder_check(game, last)) last = CMD_POSITION;
+        if (!engine.xboard_mode) print_prompt(*game.pos);
+        if (!read_line(engine.line, INPUT_SIZE)) end_of_input();
+        cut_line(engine.line);
+        if (engine.line[0] != '\0') break;
+    }
+    // Type-ahead on the console keyboard is dropped.
+    while (key_waiting()) read_key();
+    return last;
+}
+
+static bool line_is(const char* text) { return std::strcmp(engine.line, text) == 0; }
+
+void command_loop() {
+    SearchThread& game = *engine.game;
+    int last = CMD_NONE;
+    LoopStep step = LoopStep::read;
+    for (;;) {
+        if (step == LoopStep::regenerate) generate_legal_moves(game, true);
+        if (step != LoopStep::redispatch) last = read_command(game, last);
+        engine.input_ready = 0;
+        last = parse_command(game);
+
+        if (engine.analyze_mode) {
+            // The last analysis ran to the end of its depth: this line only resets that.
+            if (sc.best_depth.load(std::memory_order_relaxed) > MAX_DEPTH - 1) {
+                sc.best_depth.store(0, std::memory_order_relaxed);
+                step = LoopStep::regenerate;
+                continue;
+            }
+            generate_legal_moves(game, false);
+            if (line_is("undo")) {
+                // Already taken back by the interpreter: analyse the position reached.
+                engine.line[0] = '\0';
+                step = engine_thinks(game);
+                continue;
+            }
+        }
+        if (last == CMD_POSITION) {
+            step = LoopStep::regenerate;
+            continue;
+        }
+        std::fflush(stdout);
+        if (line_is("go")) {
+            engine.force_mode = 0;
+            step = engine_thinks(game);
+            continue;
+        }
+        if (engine.line[0] == 'q' || engine.uci_done) quit_path();
+        if (line_is("new")) {
+            start_new_game(game);
+            last = CMD_NONE;
+            step = LoopStep::read;
+            continue;
+        }
+        if (line_is("analyze") || engine.analyze_mode) {
+            std::printf("#analyzing %d\n", engine.analyze_mode);
+            if (last == CMD_DONE)
+                step = engine_thinks(game);
+            else if (line_is("force"))
+                step = LoopStep::regenerate;
+            else
+                step = received_move(game, engine.line);
+            continue;
+        }
+        if (line_is("force")) {
+            step = LoopStep::regenerate;
+            continue;
+        }
+        if (last == CMD_DONE) {
+            step = LoopStep::read;
+            continue;
+        }
+        step = received_move(game, engine.line);
+    }
+}

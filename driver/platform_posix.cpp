@@ -1,0 +1,136 @@
+// POSIX implementation of the platform layer. Standard input is read through our own buffer so
+// that "input pending" can see both what we have already pulled from the descriptor and what is
+// still waiting in it, without consuming anything.
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include "driver/platform.h"
+
+namespace {
+
+constexpr int STDIN_FD = 0;
+constexpr size_t READ_BUFFER_SIZE = 1 << 16;
+
+char read_buffer[READ_BUFFER_SIZE];
+size_t read_start = 0, read_end = 0;
+
+// Fills the buffer when it is empty; false at end of input or on an error.
+bool fill_buffer() {
+    for (;;) {
+        ssize_t got = read(STDIN_FD, read_buffer, READ_BUFFER_SIZE);
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) return false;
+        read_start = 0;
+        read_end = static_cast<size_t>(got);
+        return true;
+    }
+}
+
+// The terminal switched to single-key mode (no line editing, no echo) for as long as it lives.
+class RawTerminal {
+  public:
+    explicit RawTerminal(int min_chars) {
+        ok_ = tcgetattr(STDIN_FD, &saved_) == 0;
+        if (!ok_) return;
+        termios raw = saved_;
+        raw.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
+        raw.c_cc[VMIN] = static_cast<cc_t>(min_chars);
+        raw.c_cc[VTIME] = 0;
+        ok_ = tcsetattr(STDIN_FD, TCSANOW, &raw) == 0;
+    }
+    ~RawTerminal() {
+        if (ok_) tcsetattr(STDIN_FD, TCSANOW, &saved_);
+    }
+    RawTerminal(const RawTerminal&) = delete;
+    RawTerminal& operator=(const RawTerminal&) = delete;
+    bool ok() const { return ok_; }
+
+  private:
+    termios saved_{};
+    bool ok_ = false;
+};
+
+} // namespace
+
+void platform_init() {
+    // A reader that closed the pipe is noticed as a failed write instead of a fatal signal.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::setvbuf(stdout, nullptr, _IONBF, 0);
+}
+
+int64_t get_ms() {
+    timespec ts{};
+    clock_gettime(CLOCK_MONOTONIC, &ts);
+    return static_cast<int64_t>(ts.tv_sec) * 1000 + static_cast<int32_t>(ts.tv_nsec) / 1000000;
+}
+
+bool input_pending() {
+    if (read_start < read_end) return true;
+    pollfd p{STDIN_FD, POLLIN, 0};
+    if (poll(&p, 1, 0) <= 0) return false;
+    // End of input and errors count as pending too: the reader must get to see them.
+    return (p.revents & (POLLIN | POLLHUP | POLLERR | POLLNVAL)) != 0;
+}
+
+bool key_waiting() {
+    if (!isatty(STDIN_FD)) return false;
+    RawTerminal raw(0);
+    if (!raw.ok()) return false;
+    int waiting = 0;
+    if (ioctl(STDIN_FD, FIONREAD, &waiting) != 0) return false;
+    return waiting > 0;
+}
+
+int read_key() {
+    if (!isatty(STDIN_FD)) return -1;
+    RawTerminal raw(1);
+    if (!raw.ok()) return -1;
+    unsigned char c = 0;
+    for (;;) {
+        ssize_t got = read(STDIN_FD, &c, 1);
+        if (got < 0 && errno == EINTR) continue;
+        return got == 1 ? c : -1;
+    }
+}
+
+void clear_screen() { std::fputs("\x1b[H\x1b[2J", stdout); }
+
+void sleep_ms(int ms) {
+    timespec want{ms / 1000, static_cast<long>(ms % 1000) * 1000000L};
+    timespec left{};
+    while (nanosleep(&want, &left) != 0 && errno == EINTR) want = left;
+}
+
+bool read_line(char* buf, int n) {
+    if (n < 2) {
+        if (n == 1) buf[0] = '\0';
+        return n == 1;
+    }
+    int len = 0;
+    for (;;) {
+        if (read_start == read_end && !fill_buffer()) {
+            // A last line without its newline still counts as a line.
+            buf[len] = '\0';
+            return len > 0;
+        }
+        char c = read_buffer[read_start++];
+        if (c == '\n') break;
+        buf[len++] = c;
+        if (len == n - 1) break; // the rest of a long line comes back as the next piece
+    }
+    buf[len] = '\0';
+    return true;
+}
+
+void exit_if_output_lost() {
+    if (std::ferror(stdout)) std::_Exit(0);
+}
