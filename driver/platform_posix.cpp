@@ -2,6 +2,7 @@
 // that "input pending" can see both what we have already pulled from the descriptor and what is
 // still waiting in it, without consuming anything.
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -20,8 +21,13 @@ namespace {
 constexpr int STDIN_FD = 0;
 constexpr size_t READ_BUFFER_SIZE = 1 << 16;
 
+// The reader (main thread) alone touches the buffer and its indices; the input watcher only
+// reads how many bytes are buffered.
 char read_buffer[READ_BUFFER_SIZE];
 size_t read_start = 0, read_end = 0;
+std::atomic<size_t> buffered_bytes{0};
+
+void publish_buffered() { buffered_bytes.store(read_end - read_start, std::memory_order_relaxed); }
 
 // Fills the buffer when it is empty; false at end of input or on an error.
 bool fill_buffer() {
@@ -74,7 +80,7 @@ int64_t get_ms() {
 }
 
 bool input_pending() {
-    if (read_start < read_end) return true;
+    if (buffered_bytes.load(std::memory_order_relaxed) > 0) return true;
     pollfd p{STDIN_FD, POLLIN, 0};
     if (poll(&p, 1, 0) <= 0) return false;
     // End of input and errors count as pending too: the reader must get to see them.
@@ -120,6 +126,7 @@ bool read_line(char* buf, int n) {
         if (read_start == read_end && !fill_buffer()) {
             // A last line without its newline still counts as a line.
             buf[len] = '\0';
+            publish_buffered();
             return len > 0;
         }
         char c = read_buffer[read_start++];
@@ -128,6 +135,7 @@ bool read_line(char* buf, int n) {
         if (len == n - 1) break; // the rest of a long line comes back as the next piece
     }
     buf[len] = '\0';
+    publish_buffered();
     return true;
 }
 

@@ -1,0 +1,126 @@
+// The POSIX platform layer: the line reader and the non-consuming input test on a pipe, and the
+// console keyboard that must stay silent when stdin is not a terminal.
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <unistd.h>
+
+#include "driver/platform.h"
+
+namespace {
+
+// Puts the read end of a fresh pipe on descriptor 0 for the lifetime of the object.
+class PipedStdin {
+  public:
+    PipedStdin() {
+        saved_ = dup(0);
+        int fds[2];
+        EXPECT_EQ(pipe(fds), 0);
+        dup2(fds[0], 0);
+        close(fds[0]);
+        writer_ = fds[1];
+    }
+    ~PipedStdin() {
+        close_writer();
+        dup2(saved_, 0);
+        close(saved_);
+    }
+    void write_all(const std::string& data) {
+        EXPECT_EQ(write(writer_, data.data(), data.size()), static_cast<ssize_t>(data.size()));
+    }
+    void close_writer() {
+        if (writer_ >= 0) close(writer_);
+        writer_ = -1;
+    }
+
+  private:
+    int saved_ = -1, writer_ = -1;
+};
+
+TEST(Platform, ReadLineCutsLinesAndPieces) {
+    struct Row {
+        const char* name;
+        std::string input;
+        int size;
+        std::vector<std::string> pieces;
+    };
+    const Row rows[] = {
+        {"plain lines", "go\nquit\n", 64, {"go", "quit"}},
+        {"carriage return is left to the caller", "ping 1\r\n", 64, {"ping 1\r"}},
+        {"empty lines", "\n\na\n", 64, {"", "", "a"}},
+        {"last line without newline", "e2e4\nsd 5", 64, {"e2e4", "sd 5"}},
+        {"long line in pieces", "abcdefghij\nk\n", 5, {"abcd", "efgh", "ij", "k"}},
+        {"piece ending right before the newline", "abcd\nef\n", 5, {"abcd", "", "ef"}},
+        {"nothing at all", "", 64, {}},
+        {"line longer than the reader's own buffer", std::string(70000, 'x') + "\nend\n", 65536,
+         {std::string(65535, 'x'), std::string(4465, 'x'), "end"}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        PipedStdin in;
+        // Written from another thread: a large input does not fit in the pipe at once.
+        std::thread writer([&] {
+            in.write_all(row.input);
+            in.close_writer();
+        });
+        std::vector<std::string> got;
+        std::vector<char> buf(static_cast<size_t>(row.size));
+        while (read_line(buf.data(), row.size)) got.emplace_back(buf.data());
+        writer.join();
+        EXPECT_EQ(got, row.pieces);
+    }
+}
+
+TEST(Platform, InputPendingNeverConsumes) {
+    PipedStdin in;
+    EXPECT_FALSE(input_pending());
+    in.write_all("first\nsecond\n");
+    EXPECT_TRUE(input_pending());
+    EXPECT_TRUE(input_pending());
+    char buf[64];
+    ASSERT_TRUE(read_line(buf, sizeof buf));
+    EXPECT_STREQ(buf, "first");
+    // The second line now sits in the reader's buffer, not in the pipe.
+    EXPECT_TRUE(input_pending());
+    ASSERT_TRUE(read_line(buf, sizeof buf));
+    EXPECT_STREQ(buf, "second");
+    EXPECT_FALSE(input_pending());
+    // End of input must be noticed by whoever waits for input.
+    in.close_writer();
+    EXPECT_TRUE(input_pending());
+    EXPECT_FALSE(read_line(buf, sizeof buf));
+}
+
+TEST(Platform, NoKeysFromAPipe) {
+    PipedStdin in;
+    in.write_all("x\n");
+    EXPECT_FALSE(key_waiting());
+    EXPECT_EQ(read_key(), -1);
+    char buf[8];
+    ASSERT_TRUE(read_line(buf, sizeof buf));
+    EXPECT_STREQ(buf, "x");
+    in.close_writer();
+    EXPECT_FALSE(read_line(buf, sizeof buf));
+}
+
+TEST(Platform, ClearScreenWritesTheTerminalSequence) {
+    testing::internal::CaptureStdout();
+    clear_screen();
+    std::fflush(stdout);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "\x1b[H\x1b[2J");
+}
+
+TEST(Platform, ClockNeverRunsBackwards) {
+    int64_t last = get_ms();
+    for (int i = 0; i < 1000; ++i) {
+        const int64_t now = get_ms();
+        EXPECT_GE(now, last);
+        last = now;
+    }
+}
+
+} // namespace
