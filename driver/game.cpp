@@ -141,6 +141,8 @@ static LoopStep after_move(SearchThread& game) {
         std::puts("tellics kibitz Good Game!");
         return LoopStep::read;
     }
+    // Counted before the move is played into the game, which makes a move of its own.
+    const uint64_t nodes = nodes_searched.load(std::memory_order_relaxed);
     if (!engine.analyze_mode) {
         const Move best = sc.pv_table[0][0];
         if ((best & SQUARE_BITS) != 0) record_move(game, best);
@@ -148,7 +150,6 @@ static LoopStep after_move(SearchThread& game) {
     double elapsed = static_cast<double>(get_ms() - think_start) / 1000.0;
     if (elapsed == 0.0) elapsed = 1.0;
     if (!engine.xboard_mode) {
-        const uint64_t nodes = nodes_searched.load(std::memory_order_relaxed);
         std::printf("elap: %1.6f\n", elapsed);
         std::printf("Total Nodes=%" PRId64 " nps: %d\n", static_cast<int64_t>(nodes),
                     static_cast<int>(static_cast<double>(nodes) / elapsed));

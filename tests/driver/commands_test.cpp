@@ -48,8 +48,9 @@ class Interpreter : public testing::Test {
     int run(const std::string& line) {
         std::strncpy(engine.line, line.c_str(), INPUT_SIZE - 1);
         const int result = parse_command(*game_);
-        if (result == CMD_NONE) received_move(*game_, engine.line);
-        else if (result == CMD_POSITION || result == CMD_FORCE) generate_legal_moves(*game_, true);
+        bool regenerate = result == CMD_POSITION || result == CMD_FORCE;
+        if (result == CMD_NONE) regenerate = received_move(*game_, engine.line) == LoopStep::regenerate;
+        if (regenerate) generate_legal_moves(*game_, true);
         return result;
     }
     static SearchThread* game_;
