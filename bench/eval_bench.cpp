@@ -99,7 +99,8 @@ int main() {
     }
     const std::vector<Position> set = position_set();
     int64_t checksum                = 0;
-    for (const Position& p : set) checksum += evaluate(p); // fills the cache
+    for (const Position& p : set)
+        checksum += evaluate(p); // fills the cache
 
     const double warm = run(set, false, checksum);
     const double cold = run(set, true, checksum);

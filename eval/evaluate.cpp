@@ -20,16 +20,16 @@ constexpr int ROOK_MOB_MG = 3, ROOK_MOB_EG = 6;
 constexpr int QUEEN_MOB_MG = 2, QUEEN_MOB_EG = 5;
 constexpr int OPEN_FILE_FACTOR = 4, HALF_OPEN_FILE_FACTOR = 2;
 constexpr int PASSER_STOP_EG = 16;
-constexpr int LOOSE_MAN_EG = 16;
-constexpr int PAWN_THREAT = 64;
+constexpr int LOOSE_MAN_EG   = 16;
+constexpr int PAWN_THREAT    = 64;
 constexpr int PUSH_THREAT_MG = 16, PUSH_THREAT_EG = 8;
-constexpr int BISHOP_PAIR = 40;
-constexpr int SAFE_PUSH_EG = 4;
+constexpr int BISHOP_PAIR      = 40;
+constexpr int SAFE_PUSH_EG     = 4;
 constexpr int ZONE_PUSH_WEIGHT = 2, SAFE_CHECK_WEIGHT = 8, OPEN_KING_SQUARE_WEIGHT = 3;
-constexpr int CHECK_SQUARE_WEIGHT = 2;
-constexpr int TEMPO = 8;
-constexpr int PHASE_SHIFT = 7; // the blend's phase runs from 0 (middlegame) to 128 (endgame)
-constexpr int SCALING_MEN = 5;
+constexpr int CHECK_SQUARE_WEIGHT    = 2;
+constexpr int TEMPO                  = 8;
+constexpr int PHASE_SHIFT            = 7; // the blend's phase runs from 0 (middlegame) to 128 (endgame)
+constexpr int SCALING_MEN            = 5;
 constexpr int OPPOSITE_BISHOP_PIECES = 4;
 
 // ---- Endgame scaling of the material part ----
@@ -79,10 +79,14 @@ static uint16_t side_material(const Position& p, int c) {
 // e is the endgame material sum, White minus Black; first is the colour playing the row's first side.
 static int apply_scaling(Scaling rule, int e, int first) {
     switch (rule) {
-    case Scaling::Zero: return 0;
-    case Scaling::Quarter: return e >> 2;
-    case Scaling::Eighth: return e >> 3;
-    case Scaling::CapFirst: return (first == WHITE ? e > 0 : e < 0) ? 0 : e;
+    case Scaling::Zero:
+        return 0;
+    case Scaling::Quarter:
+        return e >> 2;
+    case Scaling::Eighth:
+        return e >> 3;
+    case Scaling::CapFirst:
+        return (first == WHITE ? e > 0 : e < 0) ? 0 : e;
     }
     return e;
 }
@@ -102,8 +106,10 @@ static int scale_endgame(const Position& p, int e) {
 // ---- Attacks, mobility and threats ----
 
 template <int C> static uint64_t pawn_attack_set(uint64_t pawns) {
-    if constexpr (C == WHITE) return ((pawns & ~FILE_A) << 7) | ((pawns & ~FILE_H) << 9);
-    else return ((pawns & ~FILE_H) >> 7) | ((pawns & ~FILE_A) >> 9);
+    if constexpr (C == WHITE)
+        return ((pawns & ~FILE_A) << 7) | ((pawns & ~FILE_H) << 9);
+    else
+        return ((pawns & ~FILE_H) >> 7) | ((pawns & ~FILE_A) >> 9);
 }
 
 // Empty squares the pawns can reach with a single or a double push.
@@ -154,8 +160,7 @@ struct PieceScan {
 };
 
 // Adds colour C's terms, from C's own view, to mg and eg.
-template <int C>
-static void scan_side(const Position& p, const Board& bd, SideAttacks& s, int& mg, int& eg) {
+template <int C> static void scan_side(const Position& p, const Board& bd, SideAttacks& s, int& mg, int& eg) {
     constexpr int E             = C ^ 1;
     constexpr uint64_t HOME     = C == WHITE ? RANK_1 : RANK_8;
     const int ek                = king_square(p, E);
@@ -173,13 +178,15 @@ static void scan_side(const Position& p, const Board& bd, SideAttacks& s, int& m
     PieceScan scan{area, king_zone[ek], s};
 
     int mob = 0;
-    for (uint64_t b = pieces(p, C, KNIGHT); b;) mob += scan.add(knight_attacks[pop_lsb(b)], knight_checks);
+    for (uint64_t b = pieces(p, C, KNIGHT); b;)
+        mob += scan.add(knight_attacks[pop_lsb(b)], knight_checks);
     mg += KNIGHT_MOB_MG * mob;
     eg += KNIGHT_MOB_EG * mob;
 
-    mob                   = 0;
-    const uint64_t own_b  = pieces(p, C, BISHOP);
-    for (uint64_t b = own_b; b;) mob += scan.add(bishop_attacks(pop_lsb(b), bd.occ_no_queens), bishop_checks);
+    mob                  = 0;
+    const uint64_t own_b = pieces(p, C, BISHOP);
+    for (uint64_t b = own_b; b;)
+        mob += scan.add(bishop_attacks(pop_lsb(b), bd.occ_no_queens), bishop_checks);
     mg += BISHOP_MOB_MG * mob;
     eg += BISHOP_MOB_EG * mob;
 
@@ -191,9 +198,9 @@ static void scan_side(const Position& p, const Board& bd, SideAttacks& s, int& m
     eg += QUEEN_MOB_EG * mob;
 
     // Rooks see through rooks of their own colour, except those still on the home rank.
-    mob                       = 0;
-    const uint64_t own_rooks  = pieces(p, C, ROOK);
-    const uint64_t rook_occ   = bd.occ_no_queens & ~(own_rooks & ~HOME);
+    mob                      = 0;
+    const uint64_t own_rooks = pieces(p, C, ROOK);
+    const uint64_t rook_occ  = bd.occ_no_queens & ~(own_rooks & ~HOME);
     for (uint64_t b = own_rooks; b;) {
         const int sq = pop_lsb(b);
         mob += scan.add(rook_attacks(sq, rook_occ), rook_checks);
@@ -228,8 +235,8 @@ static void scan_side(const Position& p, const Board& bd, SideAttacks& s, int& m
 
 // The attack of `us` on the king standing on king_sq, defended by `them`.
 static int king_danger(const SideAttacks& us, const SideAttacks& them, uint64_t safe_pushes, int king_sq) {
-    int n = us.king_attackers;
-    int w = us.king_weight;
+    int n                      = us.king_attackers;
+    int w                      = us.king_weight;
     const uint64_t zone_pushes = safe_pushes & king_zone[king_sq];
     if (zone_pushes) {
         ++n;
@@ -250,9 +257,9 @@ int evaluate(const Position& p) {
     int eg             = scale_endgame(p, p.eg) + pawn_eg(ps.score);
 
     Board bd;
-    bd.occ           = occupancy(p);
-    bd.occ_no_queens = bd.occ & ~p.type_bb[QUEEN];
-    bd.passer_stops  = ps.stops;
+    bd.occ            = occupancy(p);
+    bd.occ_no_queens  = bd.occ & ~p.type_bb[QUEEN];
+    bd.passer_stops   = ps.stops;
     const uint64_t wp = pieces(p, WHITE, PAWN), bp = pieces(p, BLACK, PAWN);
     bd.pawn_att[WHITE]  = pawn_attack_set<WHITE>(wp);
     bd.pawn_att[BLACK]  = pawn_attack_set<BLACK>(bp);

@@ -24,7 +24,7 @@ constexpr int DOUBLED_MG = 8, DOUBLED_EG = 16;
 constexpr int BACKWARD_MG = 6, BACKWARD_EG = 12;
 constexpr int ISOLATED_MG = 4, ISOLATED_EG = 8;
 constexpr int KING_RACE_WEIGHT = 4;
-constexpr int SHIELD_WEIGHT = 8;
+constexpr int SHIELD_WEIGHT    = 8;
 
 struct SideTerms {
     int mg, eg;
@@ -95,7 +95,7 @@ PawnScore compute_pawns(const Position& p) {
 }
 
 PawnScore eval_pawns(const Position& p) {
-    PawnEntry& e = pawn_hash[p.pawnkey & PAWN_HASH_MASK];
+    PawnEntry& e         = pawn_hash[p.pawnkey & PAWN_HASH_MASK];
     const uint64_t check = pawn_word_load(e.check);
     const uint64_t score = pawn_word_load(e.score);
     const uint64_t stops = pawn_word_load(e.stops);

@@ -19,7 +19,7 @@ static_assert(sizeof(PawnEntry) == 24);
 static_assert(std::is_trivially_copyable_v<PawnEntry>);
 
 constexpr uint64_t PAWN_HASH_ENTRIES = 1ULL << 20;
-constexpr uint64_t PAWN_HASH_MASK = PAWN_HASH_ENTRIES - 1;
+constexpr uint64_t PAWN_HASH_MASK    = PAWN_HASH_ENTRIES - 1;
 extern PawnEntry* pawn_hash;
 
 // Releases any previous table first. Returns false when the 24 MiB cannot be obtained.
@@ -30,11 +30,15 @@ struct PawnScore {
     uint64_t score; // mg in bits 0..15, eg in 16..31
     uint64_t stops;
 };
-inline int pawn_mg(uint64_t score) { return static_cast<int16_t>(score & 0xFFFF); }
-inline int pawn_eg(uint64_t score) { return static_cast<int16_t>((score >> 16) & 0xFFFF); }
+inline int pawn_mg(uint64_t score) {
+    return static_cast<int16_t>(score & 0xFFFF);
+}
+inline int pawn_eg(uint64_t score) {
+    return static_cast<int16_t>((score >> 16) & 0xFFFF);
+}
 inline uint64_t pack_pawn_score(int mg, int eg) {
-    return static_cast<uint64_t>(static_cast<uint16_t>(mg)) |
-           static_cast<uint64_t>(static_cast<uint16_t>(eg)) << 16;
+    return static_cast<uint64_t>(static_cast<uint16_t>(mg)) | static_cast<uint64_t>(static_cast<uint16_t>(eg))
+                                                                  << 16;
 }
 
 // Cached: probes the entry at pawnkey's low 20 bits, computes and overwrites it on a miss.

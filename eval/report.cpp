@@ -22,7 +22,9 @@ constexpr const char* pst_row_formats[6] = {
 };
 // clang-format on
 
-static double in_pawns(int centipawns) { return centipawns / 100.0; }
+static double in_pawns(int centipawns) {
+    return centipawns / 100.0;
+}
 
 void eval_report(Position& p) {
     std::printf(" side    %d\n", p.side);

@@ -48,14 +48,18 @@ inline std::string flip_fen(const std::string& fen) {
     std::string ranks[8];
     int r = 0;
     for (char ch : placement) {
-        if (ch == '/') ++r;
-        else if (r < 8) ranks[r] += swap_case(ch);
+        if (ch == '/')
+            ++r;
+        else if (r < 8)
+            ranks[r] += swap_case(ch);
     }
     std::string out = ranks[7];
-    for (int i = 6; i >= 0; --i) out += "/" + ranks[i];
+    for (int i = 6; i >= 0; --i)
+        out += "/" + ranks[i];
 
     if (castling != "-")
-        for (char& ch : castling) ch = swap_case(ch);
+        for (char& ch : castling)
+            ch = swap_case(ch);
     if (ep.size() == 2) ep[1] = static_cast<char>('1' + ('8' - ep[1]));
     return out + " " + (side == "w" ? "b" : "w") + " " + castling + " " + ep;
 }

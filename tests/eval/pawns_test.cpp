@@ -2,13 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <initializer_list>
+#include <thread>
+#include <vector>
 
 #include "eval_fixture.h"
 
 static uint64_t squares(std::initializer_list<int> list) {
     uint64_t b = 0;
-    for (int s : list) b |= bit(s);
+    for (int s : list)
+        b |= bit(s);
     return b;
 }
 
@@ -65,9 +69,9 @@ TEST(PawnStructure, CacheReturnsStoredWordsAndReplacesOthers) {
         {"entry of another key at the same index", 1ULL << 40, 0, false},
         {"torn entry", 0, 1ULL << 17, false},
     };
-    const auto game          = record_from_fen("4k3/8/8/4P3/8/8/8/4K3 w - -");
-    const Position& p        = game->stack[0];
-    const PawnScore computed = compute_pawns(p);
+    const auto game              = record_from_fen("4k3/8/8/4P3/8/8/8/4K3 w - -");
+    const Position& p            = game->stack[0];
+    const PawnScore computed     = compute_pawns(p);
     const uint64_t planted_score = pack_pawn_score(-1234, -567);
     const uint64_t planted_stops = 0xF0F0ULL;
     for (const auto& r : rows) {
@@ -91,4 +95,41 @@ TEST(PawnStructure, CacheReturnsStoredWordsAndReplacesOthers) {
             EXPECT_EQ(e.check, p.pawnkey ^ computed.score ^ computed.stops);
         }
     }
+}
+
+// Threads that keep overwriting one entry with different structures must never read back a mix:
+// every answer is the position's own.
+TEST(PawnStructure, SharedEntryUnderConcurrentWriters) {
+    const char* fens[] = {
+        START_FEN,
+        "4k3/8/8/4P3/8/8/8/4K3 w - -",
+        "k7/4p3/4PP2/8/8/8/8/K7 w - -",
+        "k7/8/8/8/4P3/3PP3/8/K7 w - -",
+        "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq -",
+        "8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - -",
+    };
+    constexpr uint64_t SHARED_INDEX = 0x5A5A5;
+    std::vector<Position> positions;
+    std::vector<PawnScore> expected;
+    for (const char* fen : fens) {
+        Position p = record_from_fen(fen)->stack[0];
+        p.pawnkey  = (p.pawnkey & ~PAWN_HASH_MASK) | SHARED_INDEX;
+        positions.push_back(p);
+        expected.push_back(compute_pawns(p));
+    }
+    constexpr int THREADS = 4, ROUNDS = 20000;
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < THREADS; ++t) {
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < ROUNDS; ++i) {
+                const size_t k     = static_cast<size_t>(i + t) % positions.size();
+                const PawnScore ps = eval_pawns(positions[k]);
+                if (ps.score != expected[k].score || ps.stops != expected[k].stops) ++wrong;
+            }
+        });
+    }
+    for (auto& th : threads)
+        th.join();
+    EXPECT_EQ(wrong.load(), 0);
 }

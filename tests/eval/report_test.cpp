@@ -6,18 +6,17 @@
 
 #include "eval_fixture.h"
 
-static const char* const START_TABLE =
-    "               White          Black\n"
-    "    PST      mg     eg      mg     eg      mg     eg\n"
-    "-----------------------------------------------------\n"
-    "   pawns | +0.00  +0.25 | +0.05  -0.15 | -0.05  +0.40\n"
-    " knights | -0.20  +0.00 | -0.30  -0.30 | +0.10  +0.30\n"
-    " bishops | -0.02  +0.02 | -0.02  -0.03 | +0.00  +0.05\n"
-    "   rooks | +0.10  +0.05 | -0.10  -0.15 | +0.20  +0.20\n"
-    "  queens | +0.00  +0.15 | +0.00  -0.20 | +0.00  +0.35\n"
-    "   kings | -0.20  +0.30 | -0.05  -0.15 | -0.15  +0.45\n"
-    "-----------------------------------------------------\n"
-    "\n";
+static const char* const START_TABLE = "               White          Black\n"
+                                       "    PST      mg     eg      mg     eg      mg     eg\n"
+                                       "-----------------------------------------------------\n"
+                                       "   pawns | +0.00  +0.25 | +0.05  -0.15 | -0.05  +0.40\n"
+                                       " knights | -0.20  +0.00 | -0.30  -0.30 | +0.10  +0.30\n"
+                                       " bishops | -0.02  +0.02 | -0.02  -0.03 | +0.00  +0.05\n"
+                                       "   rooks | +0.10  +0.05 | -0.10  -0.15 | +0.20  +0.20\n"
+                                       "  queens | +0.00  +0.15 | +0.00  -0.20 | +0.00  +0.35\n"
+                                       "   kings | -0.20  +0.30 | -0.05  -0.15 | -0.15  +0.45\n"
+                                       "-----------------------------------------------------\n"
+                                       "\n";
 
 struct ReportRow {
     const char* name;
@@ -70,7 +69,7 @@ TEST(EvalReport, StartPositionEitherSideToMove) {
 }
 
 TEST(EvalReport, RecomputesMaterialFromScratch) {
-    const char* fen = "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq -";
+    const char* fen  = "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq -";
     auto game        = record_from_fen(fen);
     Position& p      = game->stack[0];
     const int16_t mg = p.mg, eg = p.eg;
