@@ -14,23 +14,28 @@ constexpr uint64_t RANK_6        = 0x0000FF0000000000ULL;
 constexpr uint64_t RANK_8        = 0xFF00000000000000ULL;
 constexpr uint64_t LIGHT_SQUARES = 0x55AA55AA55AA55AAULL;
 
+// Mobility, per square of the mobility area.
 constexpr int KNIGHT_MOB_MG = 8, KNIGHT_MOB_EG = 4;
 constexpr int BISHOP_MOB_MG = 6, BISHOP_MOB_EG = 3;
 constexpr int ROOK_MOB_MG = 3, ROOK_MOB_EG = 6;
 constexpr int QUEEN_MOB_MG = 2, QUEEN_MOB_EG = 5;
+
+// Rook on a file without own pawn, per empty square of the file.
 constexpr int OPEN_FILE_FACTOR = 4, HALF_OPEN_FILE_FACTOR = 2;
-constexpr int PASSER_STOP_EG = 16;
-constexpr int LOOSE_MAN_EG   = 16;
-constexpr int PAWN_THREAT    = 64;
-constexpr int PUSH_THREAT_MG = 16, PUSH_THREAT_EG = 8;
-constexpr int BISHOP_PAIR      = 40;
-constexpr int SAFE_PUSH_EG     = 4;
-constexpr int ZONE_PUSH_WEIGHT = 2, SAFE_CHECK_WEIGHT = 8, OPEN_KING_SQUARE_WEIGHT = 3;
-constexpr int CHECK_SQUARE_WEIGHT    = 2;
-constexpr int TEMPO                  = 8;
-constexpr int PHASE_SHIFT            = 7; // the blend's phase runs from 0 (middlegame) to 128 (endgame)
+
+// Threats and pawn pushes.
+constexpr int PASSER_STOP_EG = 16, LOOSE_MAN_EG = 16, PAWN_THREAT = 64;
+constexpr int PUSH_THREAT_MG = 16, PUSH_THREAT_EG = 8, SAFE_PUSH_EG = 4;
+constexpr int BISHOP_PAIR = 40;
+
+// King attack weights, before the scale by attacker count.
+constexpr int CHECK_SQUARE_WEIGHT = 2, ZONE_PUSH_WEIGHT = 2, SAFE_CHECK_WEIGHT = 8;
+constexpr int OPEN_KING_SQUARE_WEIGHT = 3;
+
 constexpr int SCALING_MEN            = 5;
 constexpr int OPPOSITE_BISHOP_PIECES = 4;
+constexpr int TEMPO                  = 8;
+constexpr int PHASE_SHIFT            = 7; // the blend's phase runs from 0 (middlegame) to 128 (endgame)
 
 // ---- Endgame scaling of the material part ----
 
