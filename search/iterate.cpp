@@ -97,6 +97,7 @@ int search_root(SearchThread& t, int alpha, int beta, int depth) {
         if (!legal(p, m)) continue;
         const int n = depth - 1;
         make_move(t, m);
+        hash_prefetch(t.key);
         ++count;
         if (main) {
             sc.pv_table[1][0] = 0;

@@ -73,6 +73,7 @@ int qsearch(SearchThread& t, int pv, int alpha, int beta, int depth, int ply) {
     while (Move m = next_move(mp, t)) {
         if (!legal(p, m)) continue;
         make_move(t, m);
+        hash_prefetch(t.key);
         const int score = -qsearch(t, 0, -beta, -alpha, depth - 1, ply + 1);
         unmake_move(t);
         if (score <= best) continue;

@@ -47,6 +47,7 @@ static void make_null_move(SearchThread& t) {
     ++t.histidx;
     t.key ^= turn_key;
     t.keyhist[t.histidx] = t.key;
+    hash_prefetch(t.key);
     set_pins(*next);
 }
 
@@ -117,6 +118,7 @@ static bool prune_node(SearchThread& t, int alpha, int beta, int depth, int ply,
         while (Move m = next_move(mp, t)) {
             if (!legal(p, m)) continue;
             make_move(t, m);
+            hash_prefetch(t.key);
             const int v = -search(t, 0, -rb, -rb + 1, depth - 4, ply + 1, 1, 0);
             unmake_move(t);
             if (v >= rb) {
@@ -231,6 +233,7 @@ int search(SearchThread& t, int pv, int alpha, int beta, int depth, int ply, int
             if (v < sb) n = depth;
         }
         make_move(t, m);
+        hash_prefetch(t.key);
         ++searched;
         if (writes_pv) sc.pv_table[ply + 1][0] = 0;
         const int c = ply + 1;

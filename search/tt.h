@@ -36,6 +36,11 @@ struct HashHit {
     int bound;
 };
 
+// Starts loading a key's entry into the cache, so that a probe soon after finds it there.
+inline void hash_prefetch(uint64_t key) {
+    __builtin_prefetch(&hash_table[key & hash_mask]);
+}
+
 // A hit needs a verifying entry with nonzero data.
 bool hash_probe(uint64_t key, int ply, HashHit& hit);
 void hash_store(const SearchThread& t, Move move, int score, int eval, int depth, int ply, int bound);
