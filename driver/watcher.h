@@ -3,4 +3,6 @@
 // unread bytes. It never reads.
 
 void start_input_watcher();
+// Waits for the watcher to end; the caller first sets watcher_quit (or uci_mode). Safe to call
+// when no watcher runs.
 void join_input_watcher();

@@ -1,0 +1,165 @@
+#include "driver/control.h"
+
+#include <algorithm>
+#include <cinttypes>
+#include <cstdio>
+#include <cstring>
+#include <mutex>
+
+#include "board/fen.h"
+#include "board/notation.h"
+#include "driver/commands.h"
+#include "driver/engine_state.h"
+#include "driver/loop.h"
+#include "driver/platform.h"
+#include "search/output.h"
+#include "search/threads.h"
+
+// Without a clock limit the hard limit sits far beyond any real search.
+constexpr uint64_t NO_HARD_LIMIT = 1ULL << 30;
+// A move-time search gives this much back for the answer to travel.
+constexpr int MOVE_TIME_RESERVE = 150;
+constexpr int POLL_MS = 2;
+// The hard limit only cuts a search once an iteration of this depth has produced its best move.
+constexpr int HARD_LIMIT_DEPTH = 13;
+
+TimeAllotment compute_limits(int depth_limit, int move_time, int time_left, int increment, int moves_to_go) {
+    TimeAllotment ta{};
+    ta.max_depth  = MAX_DEPTH;
+    ta.hard_limit = NO_HARD_LIMIT;
+    if (depth_limit > 0) {
+        ta.max_depth = std::min(depth_limit, MAX_DEPTH);
+        return ta;
+    }
+    if (move_time > 0) {
+        ta.hard_limit = static_cast<uint64_t>(std::max(move_time, MOVE_TIME_RESERVE + 1) - MOVE_TIME_RESERVE);
+        return ta;
+    }
+
+    // 64-bit arithmetic throughout: the inputs come straight from the GUI and may be anything.
+    const int64_t t = time_left, inc = increment;
+    int64_t n = 25, d = 3;
+    double base = 0.5, spread = 0.75;
+    if (moves_to_go > 0) {
+        n      = std::min<int64_t>(moves_to_go, 25);
+        d      = std::min<int64_t>(n, 3);
+        base   = 0.6;
+        spread = 0.7000000000000001; // the double just above 0.7: the limits depend on it to the unit
+    }
+    int64_t a = t >= 20000 ? t - 1150 : t - (t / 20 + 150);
+    if (a < 1) a = 1;
+    const int64_t target = a / n + inc;
+    for (int k = 0; k < 10; ++k) {
+        const double v = (base + (k * spread) / 9) * static_cast<double>(target);
+        // A negative target (a negative increment) leaves no soft limit, as 0 means none.
+        if (v >= static_cast<double>(a))
+            ta.time_limits[k] = static_cast<uint64_t>(a);
+        else
+            ta.time_limits[k] = v > 0 ? static_cast<uint64_t>(v) : 0;
+    }
+    const int64_t hard = std::min(a, inc + a / d);
+    ta.hard_limit      = hard > 0 ? static_cast<uint64_t>(hard) : 0;
+    ta.set_time_limits = true;
+    return ta;
+}
+
+// Thread 0 may be printing through move_text's shared buffer at this very moment, so the status
+// line writes its move into a buffer of its own.
+static void status_move_text(Move m, char out[8]) {
+    if ((m & SQUARE_BITS) == 0) {
+        std::strcpy(out, "(none)");
+        return;
+    }
+    const int from = move_from(m), to = move_to(m);
+    int i    = 0;
+    out[i++] = static_cast<char>('a' + file_of(from));
+    out[i++] = static_cast<char>('1' + rank_of(from));
+    out[i++] = static_cast<char>('a' + file_of(to));
+    out[i++] = static_cast<char>('1' + rank_of(to));
+    if (move_promo(m) >= KNIGHT && move_promo(m) <= QUEEN) out[i++] = " nbrq"[move_promo(m)];
+    out[i] = '\0';
+}
+
+// The answer to "." during analysis: time, nodes, depth, moves left to search at the root, and
+// the root move being searched.
+static void print_status_line() {
+    char move[8];
+    status_move_text(sc.root_move.load(std::memory_order_relaxed), move);
+    const int centis = static_cast<int>((get_ms() - sc.search_start) / 10);
+    const int left   = static_cast<int>(engine.legal_count) - sc.root_move_index.load(std::memory_order_relaxed);
+    char text[160];
+    std::snprintf(text, sizeof text, "stat01: %d %" PRId64 " %d %d %d %s\n", centis,
+                  static_cast<int64_t>(total_nodes()), sc.best_depth.load(std::memory_order_relaxed), left,
+                  static_cast<int>(engine.legal_count), move);
+    std::fputs(text, stdout);
+    std::fflush(stdout);
+}
+
+// XBoard analysis: the line that arrived is read now. "." and "bk" are answered without leaving
+// the analysis; any other line ends it and stays in engine.line for the command loop.
+static void analysis_input(SearchThread& game) {
+    if (!read_line(engine.line, INPUT_SIZE)) {
+        // The threads must be gone before the process ends under them.
+        sc.stop.store(1, std::memory_order_relaxed);
+        join_search();
+        end_of_input();
+    }
+    engine.line[std::strcspn(engine.line, "\r\n")] = '\0';
+    if (std::strcmp(engine.line, ".") == 0) {
+        if (engine.post) print_status_line();
+    } else if (std::strcmp(engine.line, "bk") == 0) {
+        parse_command(game);
+    } else {
+        sc.stop.store(1, std::memory_order_relaxed);
+    }
+}
+
+static void input_check(SearchThread& game) {
+    if (engine.xboard_mode.load(std::memory_order_relaxed)) {
+        if (!engine.input_ready.load(std::memory_order_relaxed)) return;
+        engine.input_ready.store(0, std::memory_order_relaxed);
+        // Outside analysis the line stays unread: the command loop takes it after the move.
+        if (engine.analyze_mode)
+            analysis_input(game);
+        else
+            sc.stop.store(1, std::memory_order_relaxed);
+    } else if (engine.analyze_mode && !engine.uci_mode.load(std::memory_order_relaxed)) {
+        if (key_waiting()) {
+            const int c = read_key();
+            std::printf("#interupt abort kbhit %c\n", c);
+            sc.stop.store(1, std::memory_order_relaxed);
+        }
+    }
+}
+
+void think(SearchThread& game) {
+    const TimeAllotment ta = compute_limits(engine.depth_limit, engine.move_time, engine.time_left,
+                                            engine.increment, engine.moves_to_go);
+    sc.max_depth  = ta.max_depth;
+    sc.hard_limit = ta.hard_limit;
+    if (ta.set_time_limits) std::copy(std::begin(ta.time_limits), std::end(ta.time_limits), sc.time_limits);
+    sc.search_start = get_ms();
+    pst_init(*game.pos);
+    start_search(game);
+
+    while (!sc.stop.load(std::memory_order_relaxed)) {
+        {
+            std::lock_guard<std::mutex> hold(sc.search_lock);
+            sc.elapsed = static_cast<double>(get_ms() - sc.search_start);
+            if (sc.elapsed >= static_cast<double>(sc.hard_limit) &&
+                sc.best_depth.load(std::memory_order_relaxed) > HARD_LIMIT_DEPTH)
+                sc.stop.store(1, std::memory_order_relaxed);
+        }
+        input_check(game);
+        sleep_ms(POLL_MS);
+    }
+    join_search();
+
+    const Move best = sc.pv_table[0][0];
+    if (engine.uci_mode.load(std::memory_order_relaxed)) {
+        print_info();
+        std::printf("bestmove %s\n", move_text(best));
+    } else if (!engine.pondering && !engine.analyze_mode) {
+        std::printf("move %s\n", move_text(best));
+    }
+}
