@@ -19,7 +19,7 @@
 constexpr uint64_t NO_HARD_LIMIT = 1ULL << 30;
 // A move-time search gives this much back for the answer to travel.
 constexpr int MOVE_TIME_RESERVE = 150;
-constexpr int POLL_MS = 2;
+constexpr int POLL_MS           = 2;
 // The hard limit only cuts a search once an iteration of this depth has produced its best move.
 constexpr int HARD_LIMIT_DEPTH = 13;
 
@@ -63,6 +63,22 @@ TimeAllotment compute_limits(int depth_limit, int move_time, int time_left, int 
     return ta;
 }
 
+void reset_search_control() {
+    engine.time_left = engine.increment = engine.moves_to_go = 0;
+    engine.depth_limit = engine.move_time = 0;
+    sc.stop.store(0, std::memory_order_relaxed);
+    sc.max_depth    = 0;
+    sc.search_start = 0;
+    sc.hard_limit   = 0;
+    std::fill(std::begin(sc.time_limits), std::end(sc.time_limits), 0);
+    sc.time_slot.store(0, std::memory_order_relaxed);
+    sc.best_depth.store(0, std::memory_order_relaxed);
+    sc.best_score.store(0, std::memory_order_relaxed);
+    sc.elapsed = 0;
+    sc.root_move.store(0, std::memory_order_relaxed);
+    sc.root_move_index.store(0, std::memory_order_relaxed);
+}
+
 // Thread 0 may be printing through move_text's shared buffer at this very moment, so the status
 // line writes its move into a buffer of its own.
 static void status_move_text(Move m, char out[8]) {
@@ -86,7 +102,8 @@ static void print_status_line() {
     char move[8];
     status_move_text(sc.root_move.load(std::memory_order_relaxed), move);
     const int centis = static_cast<int>((get_ms() - sc.search_start) / 10);
-    const int left   = static_cast<int>(engine.legal_count) - sc.root_move_index.load(std::memory_order_relaxed);
+    const int left =
+        static_cast<int>(engine.legal_count) - sc.root_move_index.load(std::memory_order_relaxed);
     char text[160];
     std::snprintf(text, sizeof text, "stat01: %d %" PRId64 " %d %d %d %s\n", centis,
                   static_cast<int64_t>(total_nodes()), sc.best_depth.load(std::memory_order_relaxed), left,
@@ -135,8 +152,8 @@ static void input_check(SearchThread& game) {
 void think(SearchThread& game) {
     const TimeAllotment ta = compute_limits(engine.depth_limit, engine.move_time, engine.time_left,
                                             engine.increment, engine.moves_to_go);
-    sc.max_depth  = ta.max_depth;
-    sc.hard_limit = ta.hard_limit;
+    sc.max_depth           = ta.max_depth;
+    sc.hard_limit          = ta.hard_limit;
     if (ta.set_time_limits) std::copy(std::begin(ta.time_limits), std::end(ta.time_limits), sc.time_limits);
     sc.search_start = get_ms();
     pst_init(*game.pos);

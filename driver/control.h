@@ -15,4 +15,8 @@ struct TimeAllotment {
 // The limits for the given clock inputs (pure; think applies them).
 TimeAllotment compute_limits(int depth_limit, int move_time, int time_left, int increment, int moves_to_go);
 
+// Clears the clock inputs of EngineState and every per-search value of the search control (stop,
+// start time, limits, soft-limit table, best-move record), as a UCI "go" starts from nothing.
+void reset_search_control();
+
 void think(SearchThread& game);
