@@ -17,69 +17,35 @@ struct ClockRow {
 };
 
 TEST(TimeAllotment, ClockMode) {
+    // clang-format off
     const ClockRow rows[] = {
-        {"sudden death 60 s",
-         60000,
-         0,
-         0,
-         {1177, 1373, 1569, 1765, 1961, 2157, 2354, 2550, 2746, 2942},
-         19616},
-        {"40 moves in 5 min, 300 s left",
-         300000,
-         0,
-         40,
-         {7172, 8102, 9031, 9961, 10891, 11821, 12750, 13680, 14610, 15540},
-         99616},
-        {"sudden death 10 s keeps a twentieth back",
-         10000,
-         0,
-         0,
-         {187, 218, 249, 280, 311, 342, 374, 405, 436, 467},
-         3116},
+        {"sudden death 60 s", 60000, 0, 0,
+         {1177, 1373, 1569, 1765, 1961, 2157, 2354, 2550, 2746, 2942}, 19616},
+        {"40 moves in 5 min, 300 s left", 300000, 0, 40,
+         {7172, 8102, 9031, 9961, 10891, 11821, 12750, 13680, 14610, 15540}, 99616},
+        {"sudden death 10 s keeps a twentieth back", 10000, 0, 0,
+         {187, 218, 249, 280, 311, 342, 374, 405, 436, 467}, 3116},
         {"no time left", 0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, 0},
         {"no time left but an increment", 0, 500, 0, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1}, 1},
         {"flag already fallen", -5000, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, 0},
         // Target 100 ms: only the double just above 0.7 gives 130 (0.7 itself gives 129).
         {"spread just above 0.7", 2790, 0, 25, {60, 67, 75, 83, 91, 98, 106, 114, 122, 130}, 833},
-        {"last move before the control: capped at the usable time",
-         100000,
-         0,
-         1,
-         {59310, 66998, 74686, 82374, 90063, 97751, 98850, 98850, 98850, 98850},
-         98850},
-        {"two moves to go divide by two",
-         60000,
-         0,
-         2,
-         {17655, 19943, 22232, 24520, 26809, 29098, 31386, 33675, 35963, 38252},
-         29425},
-        {"more than 25 moves to go count as 25",
-         300000,
-         0,
-         60,
-         {7172, 8102, 9031, 9961, 10891, 11821, 12750, 13680, 14610, 15540},
-         99616},
-        {"increment added to target and hard limit",
-         60000,
-         1000,
-         0,
-         {1677, 1956, 2236, 2515, 2794, 3074, 3354, 3633, 3912, 4192},
-         20616},
+        {"last move before the control: capped at the usable time", 100000, 0, 1,
+         {59310, 66998, 74686, 82374, 90063, 97751, 98850, 98850, 98850, 98850}, 98850},
+        {"two moves to go divide by two", 60000, 0, 2,
+         {17655, 19943, 22232, 24520, 26809, 29098, 31386, 33675, 35963, 38252}, 29425},
+        {"more than 25 moves to go count as 25", 300000, 0, 60,
+         {7172, 8102, 9031, 9961, 10891, 11821, 12750, 13680, 14610, 15540}, 99616},
+        {"increment added to target and hard limit", 60000, 1000, 0,
+         {1677, 1956, 2236, 2515, 2794, 3074, 3354, 3633, 3912, 4192}, 20616},
         {"just below 20 s", 19999, 0, 0, {377, 439, 502, 565, 628, 691, 754, 816, 879, 942}, 6283},
-        {"at 20 s the reserve is 1150 ms",
-         20000,
-         0,
-         0,
-         {377, 439, 502, 565, 628, 691, 754, 816, 879, 942},
-         6283},
-        {"negative moves to go read as none",
-         60000,
-         0,
-         -3,
-         {1177, 1373, 1569, 1765, 1961, 2157, 2354, 2550, 2746, 2942},
-         19616},
+        {"at 20 s the reserve is 1150 ms", 20000, 0, 0,
+         {377, 439, 502, 565, 628, 691, 754, 816, 879, 942}, 6283},
+        {"negative moves to go read as none", 60000, 0, -3,
+         {1177, 1373, 1569, 1765, 1961, 2157, 2354, 2550, 2746, 2942}, 19616},
         {"negative increment leaves no time", 60000, -100000, 0, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, 0},
     };
+    // clang-format on
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
         const TimeAllotment ta = compute_limits(0, 0, r.time_left, r.increment, r.moves_to_go);
@@ -102,6 +68,7 @@ struct ModeRow {
 
 // Depth and move-time modes leave the soft limits of an earlier search untouched.
 TEST(TimeAllotment, DepthAndMoveTimeModes) {
+    // clang-format off
     const ModeRow rows[] = {
         {"depth 5", 5, 0, 60000, 5, 1ULL << 30},
         {"depth above 99 is cut to 99", 120, 0, 0, 99, 1ULL << 30},
@@ -113,6 +80,7 @@ TEST(TimeAllotment, DepthAndMoveTimeModes) {
         {"move time 152 ms", 0, 152, 0, 99, 2},
         {"negative depth falls to move time", -4, 500, 0, 99, 350},
     };
+    // clang-format on
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
         const TimeAllotment ta = compute_limits(r.depth_limit, r.move_time, r.time_left, 0, 0);
