@@ -77,10 +77,10 @@ static int next_number(const char*& p) {
     return v;
 }
 
-static void uci_go(SearchThread& game, const char* cursor) {
+void parse_go(const char* text, int side) {
     reset_search_control();
-    const bool white = game.pos->side == WHITE;
-    const char* p    = cursor;
+    const bool white = side == WHITE;
+    const char* p    = text;
     for (;;) {
         while (*p == ' ')
             ++p;
@@ -103,7 +103,6 @@ static void uci_go(SearchThread& game, const char* cursor) {
         p += length;
         if (field) *field = next_number(p);
     }
-    think(game);
 }
 
 static void start_position(SearchThread& game) {
@@ -146,7 +145,8 @@ void uci_loop(SearchThread& game) {
             setboard(game, START_FEN);
             play_move_list(game, cursor);
         } else if (match_prefix(&cursor, "go")) {
-            uci_go(game, cursor);
+            parse_go(cursor, game.pos->side);
+            think(game);
         } else if (match_prefix(&cursor, "setoption name Hash value")) {
             const int mb = std::atoi(cursor);
             if (mb > 0) hash_alloc(mb);

@@ -3,5 +3,10 @@
 
 #include "search/thread.h"
 
+// True when the text at the cursor begins with the word; the cursor then moves past the word and
+// the one separator character after it.
 bool match_prefix(const char** cursor, const char* word);
+// The words after "go": clears the search control, then sets the clock fields of EngineState from
+// the side to move's time and increment, movestogo, depth and movetime; anything else is skipped.
+void parse_go(const char* text, int side);
 void uci_loop(SearchThread& game);
