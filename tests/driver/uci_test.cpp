@@ -23,7 +23,7 @@ TEST(Uci, MatchPrefix) {
     const PrefixRow rows[] = {
         {"exact word and newline", "isready\n", "isready", true, ""},
         {"a prefix is enough", "gofast\n", "go", true, "ast\n"},
-        {"quitting is quit", "quitting\n", "quit", true, "ting\n"},
+        {"quitting is quit", "quitting\n", "quit", true, "ing\n"},
         {"separator of any kind is stepped over", "go\tdepth 3\n", "go", true, "depth 3\n"},
         {"multi-word command", "position startpos moves e2e4\n", "position startpos", true, "moves e2e4\n"},
         {"leading blank defeats the match", " isready\n", "isready", false, " isready\n"},
