@@ -117,11 +117,16 @@ struct OutputRow {
 // Which dialect prints what once the search is over.
 TEST(Think, FinalOutputByDialect) {
     harness_tables_init();
+    // clang-format off
     const OutputRow rows[] = {
-        {"console", 0, 0, 0, 0, "move %s\n"},        {"xboard", 1, 0, 0, 0, "move %s\n"},
-        {"uci", 0, 1, 0, 0, "bestmove %s\n"},        {"pondering prints no move", 1, 0, 0, 1, ""},
-        {"analysis prints no move", 1, 0, 1, 0, ""}, {"console analysis prints no move", 0, 0, 1, 0, ""},
+        {"console", 0, 0, 0, 0, "move %s\n"},
+        {"xboard", 1, 0, 0, 0, "move %s\n"},
+        {"uci", 0, 1, 0, 0, "bestmove %s\n"},
+        {"pondering prints no move", 1, 0, 0, 1, ""},
+        {"analysis prints no move", 1, 0, 1, 0, ""},
+        {"console analysis prints no move", 0, 0, 1, 0, ""},
     };
+    // clang-format on
     SearchThread* game = new SearchThread{};
     testing::internal::CaptureStdout();
     free_threads();
