@@ -15,7 +15,16 @@ Position* make_move(SearchThread& t, Move m);
 // Makes a game move and keeps the game position in slot 0 (the key history grows by one).
 void commit_move(SearchThread& game, Move m);
 void set_pins(Position& p);
-bool legal(const Position& p, Move m);
+// The full test behind legal(): king moves, moves in check, en passant and pinned pieces.
+bool legal_slow(const Position& p, Move m);
+// Most moves (no check, not the king, not pinned, not en passant) are answered here at once.
+inline bool legal(const Position& p, Move m) {
+    const int from = move_from(m);
+    const int type = piece_type(p.board[from]);
+    if (type != KING && !p.incheck && !(p.pinned & bit(from)) && !(type == PAWN && move_to(m) == p.epsq))
+        return true;
+    return legal_slow(p, m);
+}
 // Quiet, non-promoting moves only (killers and counter moves).
 bool pseudo_legal(const Position& p, Move m);
 // Full test for a stored move word (a hash move): captures, promotions, en passant and castling

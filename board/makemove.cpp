@@ -1,0 +1,307 @@
+#include "board/makemove.h"
+
+#include "board/attacks.h"
+#include "board/keys.h"
+#include "eval/tables.h"
+
+std::atomic<uint64_t> nodes_searched{0};
+
+static uint64_t diagonal_sliders(const Position& p, int colour) {
+    return p.colour_bb[colour] & (p.type_bb[BISHOP] | p.type_bb[QUEEN]);
+}
+static uint64_t straight_sliders(const Position& p, int colour) {
+    return p.colour_bb[colour] & (p.type_bb[ROOK] | p.type_bb[QUEEN]);
+}
+
+// Whether square s is attacked by the pieces of `attackers` (a subset of the side not to move)
+// under the occupancy occ; the enemy king counts by adjacency.
+static bool attacked(const Position& p, int s, uint64_t attackers, uint64_t occ) {
+    const int us = p.side;
+    return (pawn_attacks[us][s] & attackers & p.type_bb[PAWN]) ||
+           (knight_attacks[s] & attackers & p.type_bb[KNIGHT]) ||
+           (king_attacks[s] & bit(king_square(p, us ^ 1))) ||
+           (bishop_attacks(s, occ) & attackers & (p.type_bb[BISHOP] | p.type_bb[QUEEN])) ||
+           (rook_attacks(s, occ) & attackers & (p.type_bb[ROOK] | p.type_bb[QUEEN]));
+}
+
+Position* make_move(SearchThread& t, Move m) {
+    nodes_searched.store(nodes_searched.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+    set_thread_nodes(t, t.nodes + 1);
+
+    // Everything is read from the old slot so that no read waits on the block copy.
+    const Position* old = t.pos;
+    Position* p         = t.pos + 1;
+    const int from = move_from(m), to = move_to(m);
+    const int side = old->side, them = side ^ 1;
+    const int mover = old->board[from], captured = old->board[to];
+    *p                     = *old;
+    t.pos                  = p;
+    p->lastmove            = m;
+    const int type         = piece_type(mover);
+    const uint64_t from_to = bit(from) | bit(to);
+
+    uint64_t key = t.key ^ turn_key;
+    int dm       = pst_mg[mover][to] - pst_mg[mover][from];
+    int de       = pst_eg[mover][to] - pst_eg[mover][from];
+    p->rule50    = static_cast<uint8_t>(old->rule50 + 1);
+    if (old->cflag) key ^= castle_keys[old->cflag];
+
+    const uint64_t mover_keys = piece_key(mover, from) ^ piece_key(mover, to);
+    key ^= mover_keys;
+    if (type == PAWN || type == KING) p->pawnkey = old->pawnkey ^ mover_keys;
+
+    if (old->epsq != NO_SQUARE) {
+        key ^= ep_key(old->epsq);
+        p->epsq = NO_SQUARE;
+    }
+
+    p->board[from]     = EMPTY;
+    p->board[to]       = static_cast<uint8_t>(mover);
+    p->cflag           = static_cast<uint8_t>(old->cflag & castle_mask[from]);
+    p->colour_bb[side] = old->colour_bb[side] ^ from_to;
+
+    if (captured != EMPTY) {
+        const int ctype     = piece_type(captured);
+        const uint64_t ckey = piece_key(captured, to);
+        p->rule50           = 0;
+        p->colour_bb[them] ^= bit(to);
+        p->type_bb[ctype] ^= bit(to);
+        dm += pst_mg[captured][to];
+        de += pst_eg[captured][to];
+        p->phase = static_cast<uint8_t>(p->phase + phase_weight[ctype]);
+        key ^= ckey;
+        if (ctype == PAWN) p->pawnkey ^= ckey;
+        p->cflag &= castle_mask[to];
+    }
+
+    if (type == KING) {
+        (side == WHITE ? p->wking : p->bking) = static_cast<uint8_t>(to);
+        p->cflag &= king_castle_mask[side];
+        if (to - from == 2 || from - to == 2) {
+            const int corner = side == WHITE ? (to < from ? A1 : H1) : (to < from ? A8 : H8);
+            const int r      = (from + to) / 2;
+            const int rook   = piece_code(side, ROOK);
+            if (p->board[corner] != EMPTY) {
+                const int pc = p->board[corner];
+                key ^= piece_key(pc, corner);
+                p->board[corner] = EMPTY;
+                p->colour_bb[piece_colour(pc)] &= ~bit(corner);
+                p->type_bb[piece_type(pc)] &= ~bit(corner);
+            }
+            if (p->board[r] != EMPTY) {
+                key ^= piece_key(p->board[r], r);
+                p->type_bb[piece_type(p->board[r])] &= ~bit(r);
+            }
+            p->board[r] = static_cast<uint8_t>(rook);
+            key ^= piece_key(rook, r);
+            p->colour_bb[side] |= bit(r);
+            p->colour_bb[them] &= ~bit(r);
+            p->type_bb[ROOK] |= bit(r);
+            // The castling bonus stands in for the rook's own square values.
+            dm += CASTLE_BONUS;
+        }
+        if (p->cflag) key ^= castle_keys[p->cflag];
+    } else {
+        p->type_bb[type] ^= from_to;
+        if (p->cflag) key ^= castle_keys[p->cflag];
+        if (type == PAWN) {
+            p->rule50       = 0;
+            const int promo = move_promo(m);
+            if (promo) {
+                const int q            = piece_code(side, promo);
+                const uint64_t pawn_to = piece_key(mover, to);
+                key ^= pawn_to ^ piece_key(q, to);
+                p->pawnkey ^= pawn_to;
+                p->board[to] = static_cast<uint8_t>(q);
+                p->type_bb[promo] |= bit(to);
+                p->type_bb[PAWN] &= ~bit(to);
+                dm += pst_mg[q][to] - pst_mg[mover][to];
+                de += pst_eg[q][to] - pst_eg[mover][to];
+            } else if (to - from == 16 || from - to == 16) {
+                // The square passed over is kept only when one of their pawns could take on it.
+                const int s = to ^ 8;
+                if (pieces(*p, them, PAWN) & pawn_attacks[side][s]) {
+                    p->epsq = static_cast<uint8_t>(s);
+                    key ^= ep_key(s);
+                }
+            } else if (captured == EMPTY && to - from != 8 && from - to != 8) {
+                const int s         = to ^ 8;
+                const int pawn      = piece_code(them, PAWN);
+                const uint64_t pkey = piece_key(pawn, s);
+                dm += pst_mg[pawn][s];
+                de += pst_eg[pawn][s];
+                key ^= pkey;
+                p->pawnkey ^= pkey;
+                p->board[s] = EMPTY;
+                p->colour_bb[them] &= ~bit(s);
+                p->type_bb[PAWN] &= ~bit(s);
+            }
+        }
+    }
+
+    if (side == WHITE) {
+        p->mg = static_cast<int16_t>(p->mg + dm);
+        p->eg = static_cast<int16_t>(p->eg + de);
+    } else {
+        p->mg = static_cast<int16_t>(p->mg - dm);
+        p->eg = static_cast<int16_t>(p->eg - de);
+    }
+
+    t.key = key;
+    ++t.histidx;
+    t.keyhist[t.histidx] = key;
+
+    p->side = static_cast<uint8_t>(them);
+    set_pins(*p);
+    return p;
+}
+
+void commit_move(SearchThread& game, Move m) {
+    make_move(game, m);
+    *(game.pos - 1) = *game.pos;
+    --game.pos;
+}
+
+void set_pins(Position& p) {
+    const int us = p.side, them = us ^ 1;
+    const int k             = king_square(p, us);
+    const uint64_t ours     = p.colour_bb[us];
+    const uint64_t occ      = ours | p.colour_bb[them];
+    const uint64_t diagonal = diagonal_sliders(p, them);
+    const uint64_t straight = straight_sliders(p, them);
+    const uint64_t ba       = bishop_attacks(k, occ);
+    const uint64_t ra       = rook_attacks(k, occ);
+
+    // A pinner is the first enemy slider behind one of our pieces on a line from the king; the
+    // look behind is skipped when no such slider stands on the king's empty-board rays at all.
+    uint64_t pinners = 0;
+    if (diagonal & bishop_empty[k]) pinners |= diagonal & (bishop_attacks(k, occ & ~(ours & ba)) ^ ba);
+    if (straight & rook_empty[k]) pinners |= straight & (rook_attacks(k, occ & ~(ours & ra)) ^ ra);
+    uint64_t pinned = 0;
+    while (pinners)
+        pinned |= between[k][pop_lsb(pinners)];
+    p.pinned = pinned & ours;
+
+    p.incheck = (diagonal & ba) || (straight & ra) ||
+                (p.colour_bb[them] & p.type_bb[PAWN] & pawn_attacks[us][k]) ||
+                (p.colour_bb[them] & p.type_bb[KNIGHT] & knight_attacks[k]);
+}
+
+bool legal_slow(const Position& p, Move m) {
+    const int from = move_from(m), to = move_to(m);
+    const int type      = piece_type(p.board[from]);
+    const int us        = p.side;
+    const int k         = king_square(p, us);
+    const uint64_t ours = p.colour_bb[us];
+    uint64_t theirs     = p.colour_bb[us ^ 1];
+
+    if (type != KING) {
+        const bool en_passant = type == PAWN && to == p.epsq;
+        if (!p.incheck && !en_passant) {
+            if (!(p.pinned & bit(from))) return true;
+            // A pinned piece may only move along the line through its king.
+            return (between[k][to] & bit(from)) || (between[k][from] & bit(to));
+        }
+        if (p.board[to] != EMPTY)
+            theirs &= ~bit(to);
+        else if (en_passant)
+            theirs &= ~bit(to ^ 8);
+        const uint64_t occ = (ours & ~bit(from)) | bit(to) | theirs;
+        return !((pawn_attacks[us][k] & theirs & p.type_bb[PAWN]) ||
+                 (knight_attacks[k] & theirs & p.type_bb[KNIGHT]) ||
+                 (king_attacks[k] & bit(king_square(p, us ^ 1))) ||
+                 (bishop_attacks(k, occ) & theirs & (p.type_bb[BISHOP] | p.type_bb[QUEEN])) ||
+                 (rook_attacks(k, occ) & theirs & (p.type_bb[ROOK] | p.type_bb[QUEEN])));
+    }
+
+    if (to - from == 2 || from - to == 2) {
+        if (p.incheck) return false;
+        if (attacked(p, (from + to) / 2, theirs, ours | theirs)) return false;
+    }
+    // The rook of a castling move still counts on its corner here.
+    theirs &= ~bit(to);
+    return !attacked(p, to, theirs, (ours & ~bit(from)) | bit(to) | theirs);
+}
+
+bool pseudo_legal(const Position& p, Move m) {
+    const int from = move_from(m), to = move_to(m);
+    const int d  = to - from;
+    const int us = p.side;
+    if (p.board[to] != EMPTY || p.board[from] == EMPTY || piece_colour(p.board[from]) != us) return false;
+    const uint64_t occ = occupancy(p);
+    const int type     = piece_type(p.board[from]);
+
+    switch (type) {
+    case KING:
+        if (d != 2 && d != -2) return king_attacks[from] & bit(to);
+        if (!p.cflag || p.board[(from + to) / 2] != EMPTY) return false;
+        if (d > 0) return p.cflag & (us == WHITE ? 2 : 8);
+        if (to == 0 || p.board[to - 1] != EMPTY) return false;
+        return p.cflag & (us == WHITE ? 1 : 4);
+    case KNIGHT:
+        return knight_attacks[from] & bit(to);
+    case BISHOP:
+    case ROOK:
+    case QUEEN:
+        return (pseudo_attacks[type][from] & bit(to)) && !(between[from][to] & occ);
+    default:
+        break;
+    }
+
+    // Pawns: pushes only, never onto the first or last rank.
+    if ((us == WHITE ? d < 0 : d > 0) || rank_of(to) == 0 || rank_of(to) == 7) return false;
+    if (d == 8 || d == -8) return true;
+    if (d == -16) return rank_of(from) == 6 && p.board[from - 8] == EMPTY;
+    if (d == 16) return rank_of(from) == 1 && p.board[from + 8] == EMPTY;
+    return false;
+}
+
+bool move_is_pseudo_legal(const Position& p, Move m) {
+    const int from = move_from(m), to = move_to(m);
+    const int promo = move_promo(m);
+    const int us = p.side, them = us ^ 1;
+    const int mover = p.board[from], target = p.board[to];
+    if (mover == EMPTY || piece_colour(mover) != us) return false;
+    if (target != EMPTY && (piece_colour(target) == us || piece_type(target) == KING)) return false;
+    const int type = piece_type(mover);
+    if (promo && type != PAWN) return false;
+    const uint64_t occ    = occupancy(p);
+    const uint64_t to_bit = bit(to);
+
+    switch (type) {
+    case KING: {
+        if (king_attacks[from] & to_bit) {
+            // The generators never send the king next to theirs or onto a pawn-attacked square.
+            return !(king_attacks[king_square(p, them)] & to_bit) &&
+                   !(pawn_attacks[us][to] & pieces(p, them, PAWN));
+        }
+        const int home = us == WHITE ? E1 : E8;
+        if (from != home || target != EMPTY) return false;
+        if (to == home + 2)
+            return (p.cflag & (us == WHITE ? 2 : 8)) && !(occ & (bit(home + 1) | bit(home + 2)));
+        if (to == home - 2)
+            return (p.cflag & (us == WHITE ? 1 : 4)) &&
+                   !(occ & (bit(home - 1) | bit(home - 2) | bit(home - 3)));
+        return false;
+    }
+    case KNIGHT:
+        return knight_attacks[from] & to_bit;
+    case BISHOP:
+    case ROOK:
+    case QUEEN:
+        return (pseudo_attacks[type][from] & to_bit) && !(between[from][to] & occ);
+    case PAWN:
+        break;
+    default:
+        return false;
+    }
+
+    const int forward = us == WHITE ? 8 : -8;
+    const int last    = us == WHITE ? 7 : 0;
+    if (rank_of(to) == last ? (promo < KNIGHT || promo > QUEEN) : promo != 0) return false;
+    if (pawn_attacks[us][from] & to_bit) return target != EMPTY || to == p.epsq;
+    if (target != EMPTY) return false;
+    if (to == from + forward) return true;
+    return to == from + 2 * forward && rank_of(from) == (us == WHITE ? 1 : 6) &&
+           p.board[from + forward] == EMPTY;
+}
