@@ -1,0 +1,97 @@
+#include "board/perft.h"
+
+#include <cinttypes>
+#include <cstdio>
+
+#include "board/makemove.h"
+#include "board/movegen.h"
+#include "driver/platform.h"
+
+PerftTotals perft_totals;
+
+// A quiet last-ply move through the full legality test: 1 when legal (castles counted), else 0.
+static int quiet_leaf(const Position& p, Move m) {
+    if (!legal_slow(p, m)) return 0;
+    const int from = move_from(m), to = move_to(m);
+    if (piece_type(p.board[from]) == KING && (to - from == 2 || from - to == 2)) ++perft_totals.castles;
+    return 1;
+}
+
+// The last ply classifies each legal move without making it. Only the first `ncaps` entries (from
+// gen_captures) can be captures, en passant or promotions; the quiet entries need a legality test
+// only when the king or a pinned piece moves, or when the side to move is in check.
+static void count_leaves(const Position& p, const MoveList& list, uint32_t ncaps) {
+    PerftTotals& tot    = perft_totals;
+    int64_t legal_moves = 0;
+    for (uint32_t i = 0; i < ncaps; ++i) {
+        const Move m = list.moves[i];
+        if (!legal(p, m)) continue;
+        ++legal_moves;
+        const int to = move_to(m);
+        if (p.board[to] != EMPTY)
+            ++tot.captures;
+        else if (to == p.epsq && piece_type(p.board[move_from(m)]) == PAWN)
+            ++tot.en_passant;
+        if (move_promo(m)) ++tot.promotes;
+    }
+    uint32_t i = ncaps;
+    if (!p.incheck && !p.pinned) {
+        // Castling and king moves lead the quiet entries; every entry after them is legal.
+        const int k = king_square(p, p.side);
+        for (; i < list.count; ++i) {
+            const Move m   = list.moves[i];
+            const int from = move_from(m);
+            if (from != k && from != E1 && from != E8) break;
+            legal_moves += quiet_leaf(p, m);
+        }
+        legal_moves += list.count - i;
+    } else {
+        const uint64_t careful = p.incheck ? ~0ULL : p.pinned | bit(king_square(p, p.side));
+        for (; i < list.count; ++i) {
+            const Move m = list.moves[i];
+            legal_moves += (careful & bit(move_from(m))) ? quiet_leaf(p, m) : 1;
+        }
+    }
+    tot.moves += legal_moves;
+    if (legal_moves == 0) ++tot.checkmates;
+}
+
+void perft(SearchThread& t, int depth) {
+    MoveList list;
+    uint32_t ncaps = 0, quiets = 0;
+    gen_captures(*t.pos, list.moves, &ncaps, 1);
+    gen_quiets(*t.pos, list.moves + ncaps, &quiets);
+    list.count = ncaps + quiets;
+
+    if (depth <= 1) {
+        count_leaves(*t.pos, list, ncaps);
+        return;
+    }
+    for (uint32_t i = 0; i < list.count; ++i) {
+        if (!legal(*t.pos, list.moves[i])) continue;
+        make_move(t, list.moves[i]);
+        perft(t, depth - 1);
+        unmake_move(t);
+    }
+}
+
+void perft_command(SearchThread& game, int depth) {
+    // Every ply needs a stack slot and a key-history entry beyond the current ones.
+    const int slots = STACK_SIZE - 1 - static_cast<int>(game.pos - game.stack);
+    const int keys  = KEY_HISTORY - 1 - static_cast<int>(game.histidx);
+    const int room  = slots < keys ? slots : keys;
+    if (depth < 1 || depth > room) {
+        std::printf("usage: perft <maxply>\n");
+        return;
+    }
+    perft_totals        = PerftTotals{};
+    const int64_t start = get_ms();
+    perft(game, depth);
+    const double seconds   = static_cast<double>(get_ms() - start) / 1000.0;
+    const PerftTotals& tot = perft_totals;
+    std::printf(" total moves = %" PRId64 " time = %.6f\n", tot.moves, seconds);
+    std::printf(" total captures %" PRId64 "\ttotal en passant %" PRId64 "\n", tot.captures + tot.en_passant,
+                tot.en_passant);
+    std::printf(" total castles  %" PRId64 "\ttotal checks %" PRId64 "\n", tot.castles, tot.checks);
+    std::printf(" total promotes %" PRId64 "\ttotal checkmates %" PRId64 "\n", tot.promotes, tot.checkmates);
+}
