@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "driver/transcript.h"
 #include "eval_fixture.h"
 
 static const char* const START_TABLE = "               White          Black\n"
@@ -18,54 +19,55 @@ static const char* const START_TABLE = "               White          Black\n"
                                        "-----------------------------------------------------\n"
                                        "\n";
 
+// The whole report of the start position with the given side to move.
+static std::string start_report(bool white) {
+    return std::string(white ? " side    0\n" : " side    1\n") +
+           " epsq    64\tcflag 15\n"
+           " incheck 0\trule50 0\n"
+           " wking   4\tbking 60\n"
+           "\n" +
+           (white ? "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -\n"
+                  : "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq -\n") +
+           "\n" + START_TABLE +
+           "          mg\teg [White POV]\n"
+           " pawns    0\t0\n"
+           " material 0\t0\n"
+           " k safety 0\t0\n" +
+           (white ? " tempo    8\t8\n" : " tempo    -8\t-8\n") +
+           "-----------------------\n"
+           "eval = 8\n";
+}
+
+constexpr const char* START_BLACK = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq -";
+
 struct ReportRow {
     const char* name;
     const char* fen;
-    std::string expected;
+    bool white;
 };
 
 TEST(EvalReport, StartPositionEitherSideToMove) {
     const ReportRow rows[] = {
-        {"white to move", START_FEN,
-         std::string(" side    0\n"
-                     " epsq    64\tcflag 15\n"
-                     " incheck 0\trule50 0\n"
-                     " wking   4\tbking 60\n"
-                     "\n"
-                     "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -\n"
-                     "\n") +
-             START_TABLE +
-             "          mg\teg [White POV]\n"
-             " pawns    0\t0\n"
-             " material 0\t0\n"
-             " k safety 0\t0\n"
-             " tempo    8\t8\n"
-             "-----------------------\n"
-             "eval = 8\n"},
-        {"black to move", "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq -",
-         std::string(" side    1\n"
-                     " epsq    64\tcflag 15\n"
-                     " incheck 0\trule50 0\n"
-                     " wking   4\tbking 60\n"
-                     "\n"
-                     "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq -\n"
-                     "\n") +
-             START_TABLE +
-             "          mg\teg [White POV]\n"
-             " pawns    0\t0\n"
-             " material 0\t0\n"
-             " k safety 0\t0\n"
-             " tempo    -8\t-8\n"
-             "-----------------------\n"
-             "eval = 8\n"},
+        {"white to move", START_FEN, true},
+        {"black to move", START_BLACK, false},
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
         auto game = record_from_fen(r.fen);
         testing::internal::CaptureStdout();
         eval_report(game->stack[0]);
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), r.expected);
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), start_report(r.white));
     }
+}
+
+TEST(EvalReport, EngineTranscript) {
+    const EngineRun run =
+        run_engine({"xboard", "eval", std::string("setboard ") + START_BLACK, "eval", "quit"});
+    const std::string white = start_report(true), black = start_report(false);
+    const size_t at = run.out.find(white);
+    ASSERT_NE(at, std::string::npos) << run.out;
+    EXPECT_EQ(run.out.compare(at + white.size(), black.size(), black), 0) << run.out;
+    EXPECT_EQ(run.err, "");
 }
 
 TEST(EvalReport, RecomputesMaterialFromScratch) {
