@@ -22,7 +22,7 @@
 #include "search/tt.h"
 
 // The signature: one thread, this depth, this table size, the six positions in order.
-inline constexpr int SIGNATURE_DEPTH   = 11;
+inline constexpr int SIGNATURE_DEPTH   = 13;
 inline constexpr int SIGNATURE_HASH_MB = 16;
 
 // The tables start-up fills before any position exists, in start-up's order; done once.

@@ -17,7 +17,7 @@ constexpr const char* KIWIPETE = "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBB
 // White mates in two: 1.Ra6 bxa6 2.b7#.
 constexpr const char* MATE_IN_TWO = "kbK5/pp6/1P6/8/8/8/8/R7 w - - 0 1";
 
-// True when the move is one of the legal moves of the position.
+// True when the move is one of the legal moves of the position (the search's quiet mark aside).
 bool is_legal_move(const Position& p, Move m) {
     Move list[MAX_MOVES];
     uint32_t n = 0;
@@ -30,7 +30,7 @@ bool is_legal_move(const Position& p, Move m) {
         n += quiets;
     }
     for (uint32_t i = 0; i < n; ++i)
-        if ((list[i] & 0xFFFF) == (m & 0xFFFF) && legal(p, list[i])) return true;
+        if ((list[i] & 0xFFFF) == (m & 0xFFFF & ~QUIET_MARK) && legal(p, list[i])) return true;
     return false;
 }
 
@@ -74,7 +74,9 @@ TEST_F(ThreadedSearch, SharedTableSearchesAgree) {
         ASSERT_EQ(thread_count(), r.threads);
         EXPECT_TRUE(is_legal_move(game->stack[0], s.best));
         EXPECT_EQ(s.depth, r.depth);
-        if (r.mate_score) EXPECT_EQ(s.score, r.mate_score);
+        if (r.mate_score) {
+            EXPECT_EQ(s.score, r.mate_score);
+        }
         EXPECT_NE(out.find(std::string("move ") + move_text(s.best) + "\n"), std::string::npos) << out;
 
         // Every record was prepared from the game position, and the reported total is their sum.
@@ -156,7 +158,9 @@ TEST(Think, FinalOutputByDialect) {
         const std::string tail(expected);
         ASSERT_GE(out.size(), tail.size()) << out;
         EXPECT_EQ(out.substr(out.size() - tail.size()), tail) << out;
-        if (tail.empty()) EXPECT_EQ(out.find("move"), std::string::npos) << out;
+        if (tail.empty()) {
+            EXPECT_EQ(out.find("move"), std::string::npos) << out;
+        }
         if (r.uci) {
             // The final info line comes just before the answer and leads with the best move.
             const size_t end       = out.size() - tail.size();

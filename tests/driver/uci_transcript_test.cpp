@@ -199,8 +199,12 @@ TEST(UciTranscript, PositionsAndMoveLists) {
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
         const SearchResult s = read_search(uci_session(r.input));
-        if (!r.bestmove.empty()) EXPECT_EQ(s.bestmove, r.bestmove);
-        if (r.score != ANY) EXPECT_EQ(s.last_score, r.score);
+        if (!r.bestmove.empty()) {
+            EXPECT_EQ(s.bestmove, r.bestmove);
+        }
+        if (r.score != ANY) {
+            EXPECT_EQ(s.last_score, r.score);
+        }
         if (r.bestmove.empty()) {
             ASSERT_EQ(s.bestmove.size(), 4u);
             EXPECT_TRUE(s.bestmove[1] == '1' || s.bestmove[1] == '2') << "not a first move: " << s.bestmove;
