@@ -21,12 +21,7 @@ void lmr_init() {
     }
 }
 
-static constexpr int MAX_QUIETS       = 384;
-static constexpr int MAX_BONUS_DEPTH  = 16;
-static constexpr int BONUS_MARGIN     = 80;
-static constexpr int LMR_DEPTH        = 3;
-static constexpr int LMR_HISTORY_UNIT = 4096;
-static constexpr int LAST_TIME_SLOT   = 9;
+static constexpr int LAST_TIME_SLOT = 9;
 // Soft time limits are only consulted once this depth is complete.
 static constexpr int TIME_CHECK_DEPTH = 14;
 // Aspiration: full window for the first depths, then a narrow one around the last score.
@@ -34,10 +29,6 @@ static constexpr int FULL_WINDOW_DEPTH = 4;
 static constexpr int DELTA_PONDER = 80, DELTA_NORMAL = 10;
 // Analysis reports a widened window from this depth on, once it is wider than 100.
 static constexpr int WIDEN_REPORT_DEPTH = 9, WIDEN_REPORT_DELTA = 100;
-
-static bool stopped() {
-    return sc.stop.load(std::memory_order_relaxed) != 0;
-}
 
 // Thread 0's best-move record: a new best move resets the time slot to the most generous limit,
 // a confirmed one tightens it by one.
@@ -50,13 +41,7 @@ static void record_best(int depth, int score, Move m) {
     }
     sc.best_score.store(score, std::memory_order_relaxed);
     sc.best_depth.store(depth, std::memory_order_relaxed);
-    uint32_t* row        = sc.pv_table[0];
-    const uint32_t* next = sc.pv_table[1];
-    row[0]               = m;
-    for (int i = 0; i + 1 < STACK_SIZE; ++i) {
-        row[i + 1] = next[i];
-        if (next[i] == 0) break;
-    }
+    update_pv(0, m);
 }
 
 int search_root(SearchThread& t, int alpha, int beta, int depth) {
@@ -64,7 +49,7 @@ int search_root(SearchThread& t, int alpha, int beta, int depth) {
     alpha = std::max(alpha, -MATE);
     beta  = std::min(beta, MATE + 1);
     if (alpha >= beta) return alpha;
-    if (stopped()) return 0;
+    if (search_stopped()) return 0;
 
     Position& p        = *t.pos;
     const bool incheck = p.incheck != 0;
@@ -78,7 +63,7 @@ int search_root(SearchThread& t, int alpha, int beta, int depth) {
         eval = hit.eval;
     } else {
         eval = evaluate(p);
-        hash_store(t, 0, 0, eval, -2, 0, BOUND_NONE);
+        hash_store(t, 0, 0, eval, EVAL_ONLY_DEPTH, 0, BOUND_NONE);
     }
     p.eval = static_cast<int16_t>(eval);
 
@@ -127,7 +112,7 @@ int search_root(SearchThread& t, int alpha, int beta, int depth) {
             if (alpha < score && score < beta) score = -search(t, 1, -beta, -alpha, n, 1, 1, 0);
         }
         unmake_move(t);
-        if (stopped()) return 0;
+        if (search_stopped()) return 0;
         if (score > best) {
             if (score > alpha) {
                 if (main) record_best(depth, score, m);
@@ -182,7 +167,7 @@ static void deepen(SearchThread& t) {
         int beta  = std::min(score + delta, MATE);
         for (;;) {
             score = search_root(t, alpha, beta, depth);
-            if (stopped()) return;
+            if (search_stopped()) return;
             if (!widen_window(score, alpha, beta, delta)) break;
             if (main && delta > WIDEN_REPORT_DELTA && engine.analyze_mode && depth >= WIDEN_REPORT_DEPTH)
                 report();

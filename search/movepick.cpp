@@ -7,7 +7,6 @@
 #include "board/movegen.h"
 #include "eval/tables.h"
 
-static constexpr uint32_t WORD_BITS = 0xFFFF;
 // Quiet keys of score_moves sit below every capture and promotion key.
 static constexpr int QUIET_OFFSET  = 16384;
 static constexpr int HISTORY_SCALE = 8192;
@@ -15,7 +14,7 @@ static constexpr int HISTORY_SCALE = 8192;
 static constexpr int PROMOTION_GAIN = 900;
 
 static Move with_key(Move m, int key) {
-    return (static_cast<uint32_t>(key) << 16) | (m & WORD_BITS);
+    return (static_cast<uint32_t>(key) << 16) | (m & MOVE_WORD_BITS);
 }
 
 CmRow cm_row_of(SearchThread& t) {
@@ -33,7 +32,7 @@ void picker_init(MovePicker& mp, SearchThread& t, Move hash_move, bool full_mode
     mp.count            = 0;
     mp.deferred_count   = 0;
     mp.generated        = false;
-    mp.hash_move        = (hash_move & SQUARE_BITS) ? hash_move & WORD_BITS : 0;
+    mp.hash_move        = (hash_move & SQUARE_BITS) ? hash_move & MOVE_WORD_BITS : 0;
     mp.hash_pending     = mp.hash_move != 0;
     mp.full_mode        = full_mode;
     mp.checks_first_ply = checks_first_ply;
@@ -130,7 +129,7 @@ static Move pick_best(MovePicker& mp) {
 // A killer or counter move to try: present, possible here, and not the hash move again.
 static Move stored_quiet(const MovePicker& mp, const Position& p, Move stored) {
     if ((stored & SQUARE_BITS) == 0 || !pseudo_legal(p, stored)) return 0;
-    const Move m = (stored & WORD_BITS) | QUIET_MARK;
+    const Move m = (stored & MOVE_WORD_BITS) | QUIET_MARK;
     return m == mp.hash_move ? 0 : m;
 }
 
@@ -157,7 +156,7 @@ Move next_move(MovePicker& mp, SearchThread& t) {
             if (!mp.generated) generate_stage(mp, t);
             while (mp.index < mp.count) {
                 const Move m = pick_best(mp);
-                if ((m & WORD_BITS) == mp.hash_move) continue;
+                if ((m & MOVE_WORD_BITS) == mp.hash_move) continue;
                 if (mp.stage == STAGE_CAPTURES) {
                     const int value = see(p, m);
                     if (value < 0) {
@@ -225,7 +224,7 @@ void update_killers(SearchThread& t, int ply, Move m) {
 }
 
 void cutoff_update(SearchThread& t, int ply, CmRow cmh, Move m, const Move* quiets, int quiet_count, int d) {
-    const int bonus = 32 * d * d;
+    const int bonus = history_bonus(d);
     update_killers(t, ply, m);
     store_counter(t, m);
     update_history(t, cmh, m, bonus);

@@ -19,6 +19,14 @@ enum PickStage {
     STAGE_END          = 7
 };
 
+// The move word of an entry: squares, quiet mark and promotion, without the sort key.
+constexpr uint32_t MOVE_WORD_BITS = 0xFFFF;
+
+// History change for a quiet move at a cut-off of depth d (d at most 16).
+constexpr int history_bonus(int d) {
+    return 32 * d * d;
+}
+
 // A counter-move-history row: cmhist[code][square] of the previous move, indexed by the code and
 // destination of the quiet move being rated. Null when the node has no previous move.
 using CmRow = int16_t (*)[64];

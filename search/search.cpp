@@ -16,26 +16,21 @@ const int lmp_table[2][11] = {
 };
 // clang-format on
 
-static constexpr int LMP_DEPTH       = 11;
-static constexpr int MAX_QUIETS      = 384;
-static constexpr int MAX_BONUS_DEPTH = 16;
-// A fail high by this much more than beta counts as one ply deeper for the history bonus.
-static constexpr int BONUS_MARGIN = 80;
+static constexpr int LMP_DEPTH   = 11;
 static constexpr int RAZOR_DEPTH = 3, RAZOR_MARGIN = 200;
 static constexpr int FUTILITY_DEPTH = 6, FUTILITY_MARGIN = 80;
-static constexpr int NULL_MOVE_MAX_EVAL = 1999, NULL_MARGIN_UNIT = 80, NULL_MARGIN_CAP = 239;
-static constexpr int TRIAL_DEPTH = 5, TRIAL_MARGIN = 80;
-static constexpr int IID_DEPTH = 5, SINGULAR_DEPTH = 8, LMR_DEPTH = 3;
+// Null move: reduction 3 + depth / 4, plus one per 80 of eval above beta up to 3 more.
+static constexpr int NULL_MIN_DEPTH = 2, NULL_MOVE_MAX_EVAL = 1999;
+static constexpr int NULL_BASE_REDUCTION = 3, NULL_MARGIN_UNIT = 80, NULL_MARGIN_CAP = 239,
+                     NULL_MAX_EXTRA = 3;
+// Capture trial: captures searched 4 plies shallower against a bound raised by 80.
+static constexpr int TRIAL_DEPTH = 5, TRIAL_MARGIN = 80, TRIAL_REDUCTION = 4;
+static constexpr int IID_DEPTH = 5, IID_REDUCTION = 2;
+// Singular extension: deep enough, with a lower bound at most 3 plies shallower than the node.
+static constexpr int SINGULAR_DEPTH = 8, SINGULAR_ENTRY_SLACK = 3;
 static constexpr int BAD_CAPTURE_UNIT = 100;
-static constexpr int LMR_HISTORY_UNIT = 4096;
-
-static bool stopped() {
-    return sc.stop.load(std::memory_order_relaxed) != 0;
-}
-
-static bool is_mate_score_free(int s) {
-    return MATE_STORE_LOW <= s && s <= MATE_STORE_HIGH;
-}
+// Under-promotions are generated near the root (and everywhere in analysis).
+static constexpr int UNDERPROMOTION_PLY = 3;
 
 // Passing: the other side moves in the same position. No move is counted.
 static void make_null_move(SearchThread& t) {
@@ -56,8 +51,7 @@ static bool has_pieces(const Position& p) {
             (p.type_bb[KNIGHT] | p.type_bb[BISHOP] | p.type_bb[ROOK] | p.type_bb[QUEEN])) != 0;
 }
 
-// Row ply of the principal-variation table becomes m followed by row ply + 1 and its end mark.
-static void update_pv(int ply, Move m) {
+void update_pv(int ply, Move m) {
     uint32_t* row        = sc.pv_table[ply];
     const uint32_t* next = sc.pv_table[ply + 1];
     row[0]               = m;
@@ -66,12 +60,6 @@ static void update_pv(int ply, Move m) {
         if (next[i] == 0) break;
     }
 }
-
-// What the node knows from the table: the hit's fields, or zeros after a miss.
-struct NodeHash {
-    bool found;
-    HashHit hit;
-};
 
 // Razoring, reverse futility, null move and the capture trial of a node that is not on the
 // principal variation. Returns true with the node's result in score when one of them answers.
@@ -90,19 +78,20 @@ static bool prune_node(SearchThread& t, int alpha, int beta, int depth, int ply,
             score = e;
             return true;
         }
-        if (depth >= 2 && e <= NULL_MOVE_MAX_EVAL && p.epsq == NO_SQUARE && e >= beta) {
+        if (depth >= NULL_MIN_DEPTH && e <= NULL_MOVE_MAX_EVAL && p.epsq == NO_SQUARE && e >= beta) {
             const int margin = e - beta;
-            const int r      = 3 + depth / 4 + (margin <= NULL_MARGIN_CAP ? margin / NULL_MARGIN_UNIT : 3);
+            const int r      = NULL_BASE_REDUCTION + depth / 4 +
+                          (margin <= NULL_MARGIN_CAP ? margin / NULL_MARGIN_UNIT : NULL_MAX_EXTRA);
             make_null_move(t);
             const int v = -search(t, 0, -beta, -beta + 1, depth - r, ply + 1, 0, 0);
             unmake_move(t);
-            if (stopped()) {
+            if (search_stopped()) {
                 score = 0;
                 return true;
             }
             if (v >= beta) {
                 // A mate found only after passing proves nothing beyond beta.
-                score = is_mate_score_free(v) ? v : beta;
+                score = outside_mate_range(v) ? v : beta;
                 return true;
             }
         }
@@ -119,7 +108,7 @@ static bool prune_node(SearchThread& t, int alpha, int beta, int depth, int ply,
             if (!legal(p, m)) continue;
             make_move(t, m);
             hash_prefetch(t.key);
-            const int v = -search(t, 0, -rb, -rb + 1, depth - 4, ply + 1, 1, 0);
+            const int v = -search(t, 0, -rb, -rb + 1, depth - TRIAL_REDUCTION, ply + 1, 1, 0);
             unmake_move(t);
             if (v >= rb) {
                 score = v;
@@ -137,30 +126,31 @@ int search(SearchThread& t, int pv, int alpha, int beta, int depth, int ply, int
     if (alpha >= beta) return alpha;
     Position& p = *t.pos;
     if (ply >= MAX_PLY) return evaluate(p);
-    if (stopped()) return 0;
+    if (search_stopped()) return 0;
     if (is_draw(t)) return 0;
 
     const CmRow cmh = cm_row_of(t);
-    NodeHash h{};
-    if (excluded == 0) h.found = hash_probe(t.key, ply, h.hit);
-    // Without a hit every field reads as zero (the singular test still reads the score).
-    if (!h.found) h.hit = HashHit{};
-    const int hash_score = h.hit.score;
-    if (h.found && !pv && h.hit.depth >= depth) {
-        const int s = hash_score;
-        const int b = h.hit.bound;
-        if ((b == BOUND_LOWER && s >= beta) || (b == BOUND_UPPER && s <= alpha) || b == BOUND_EXACT) {
-            if (h.hit.move & QUIET_MARK) {
-                const int d = std::min(depth, MAX_BONUS_DEPTH);
+    // The singular test searches the node again and has no entry of its own. Without a hit every
+    // field reads as zero (the singular test below still reads the score).
+    HashHit hit{};
+    const bool found = excluded == 0 && hash_probe(t.key, ply, hit);
+    if (!found) hit = HashHit{};
+    const int hash_score = hit.score;
+    if (found && !pv && hit.depth >= depth) {
+        const int b = hit.bound;
+        if ((b == BOUND_LOWER && hash_score >= beta) || (b == BOUND_UPPER && hash_score <= alpha) ||
+            b == BOUND_EXACT) {
+            if (hit.move & QUIET_MARK) {
+                const int bonus = history_bonus(std::min(depth, MAX_BONUS_DEPTH));
                 if (b == BOUND_LOWER) {
-                    update_killers(t, ply, h.hit.move);
-                    store_counter(t, h.hit.move);
-                    update_history(t, cmh, h.hit.move, 32 * d * d);
+                    update_killers(t, ply, hit.move);
+                    store_counter(t, hit.move);
+                    update_history(t, cmh, hit.move, bonus);
                 } else if (b == BOUND_UPPER) {
-                    update_history(t, cmh, h.hit.move, -32 * d * d);
+                    update_history(t, cmh, hit.move, -bonus);
                 }
             }
-            return s;
+            return hash_score;
         }
     }
 
@@ -168,25 +158,27 @@ int search(SearchThread& t, int pv, int alpha, int beta, int depth, int ply, int
     int eval;
     if (incheck) {
         eval = ply - MATE;
-    } else if (h.found) {
-        eval = h.hit.eval;
+    } else if (found) {
+        eval = hit.eval;
     } else {
         eval = evaluate(p);
-        if (excluded == 0) hash_store(t, 0, 0, eval, -2, ply, BOUND_NONE);
+        if (excluded == 0) hash_store(t, 0, 0, eval, EVAL_ONLY_DEPTH, ply, BOUND_NONE);
     }
     p.eval              = static_cast<int16_t>(eval);
     const int improving = (ply > 1 && !incheck && (t.pos - 2)->eval <= eval) ? 1 : 0;
     int e               = eval;
-    if (h.found && ((h.hit.bound == BOUND_LOWER && eval < hash_score) ||
-                    (h.hit.bound == BOUND_UPPER && eval > hash_score) || h.hit.bound == BOUND_EXACT))
+    if (found && ((hit.bound == BOUND_LOWER && eval < hash_score) ||
+                  (hit.bound == BOUND_UPPER && eval > hash_score) || hit.bound == BOUND_EXACT))
         e = hash_score;
 
-    Move hash_move = h.found ? h.hit.move : 0;
-    int hash_bound = h.hit.bound, hash_depth = h.hit.depth;
-    if (prune && !incheck && is_mate_score_free(beta)) {
+    Move hash_move = found ? hit.move : 0;
+    int hash_bound = hit.bound, hash_depth = hit.depth;
+    if (prune && !incheck && outside_mate_range(beta)) {
         if (pv) {
+            // Internal iterative deepening finds a move to try first; its entry's bound and depth
+            // (not its score) then stand for the node's in the singular test.
             if (depth >= IID_DEPTH && (hash_move & SQUARE_BITS) == 0) {
-                search(t, 1, alpha, beta, depth - 2, ply, 0, 0);
+                search(t, 1, alpha, beta, depth - IID_REDUCTION, ply, 0, 0);
                 HashHit again{};
                 if (hash_probe(t.key, ply, again)) {
                     hash_move  = again.move;
@@ -200,12 +192,12 @@ int search(SearchThread& t, int pv, int alpha, int beta, int depth, int ply, int
         }
     }
 
-    const int underpromotions = (ply <= 3 || engine.analyze_mode) ? 1 : 0;
+    const int underpromotions = (ply <= UNDERPROMOTION_PLY || engine.analyze_mode) ? 1 : 0;
     MovePicker mp;
     picker_init(mp, t, hash_move, true, underpromotions, false, ply);
     const bool singular_candidate = depth >= SINGULAR_DEPTH && excluded == 0 &&
-                                    is_mate_score_free(hash_score) && hash_bound == BOUND_LOWER &&
-                                    hash_depth >= depth - 3;
+                                    outside_mate_range(hash_score) && hash_bound == BOUND_LOWER &&
+                                    hash_depth >= depth - SINGULAR_ENTRY_SLACK;
     const bool writes_pv = pv && t.id == 0;
     int best             = ply - MATE;
     int bound            = BOUND_UPPER;
@@ -218,7 +210,7 @@ int search(SearchThread& t, int pv, int alpha, int beta, int depth, int ply, int
     bool failed_high = false;
     while ((m = next_move(mp, t)) != 0) {
         // No stage hands out the hash move's word again, so the word identifies it.
-        const bool from_hash = mp.hash_move != 0 && (m & 0xFFFF) == mp.hash_move;
+        const bool from_hash = mp.hash_move != 0 && (m & MOVE_WORD_BITS) == mp.hash_move;
         if ((m & SQUARE_BITS) == (excluded & SQUARE_BITS)) continue;
         if (mp.stage == STAGE_QUIETS && depth < LMP_DEPTH && lmp_table[improving][depth] <= searched) {
             skip_quiets(mp);
@@ -260,7 +252,7 @@ int search(SearchThread& t, int pv, int alpha, int beta, int depth, int ply, int
             if (alpha < score && score < beta) score = -search(t, 1, -beta, -alpha, n, c, 1, 0);
         }
         unmake_move(t);
-        if (stopped()) return 0;
+        if (search_stopped()) return 0;
         if (score > best) {
             if (score > alpha) {
                 if (writes_pv) update_pv(ply, m);

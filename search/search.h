@@ -3,9 +3,34 @@
 // iterative-deepening bodies each search thread runs. Everything a search writes lives in its
 // thread's record, except the table (lock-free) and what thread 0 publishes in sc.
 
+#include <atomic>
 #include <cstdint>
 
 #include "search/thread.h"
+#include "search/threads.h"
+#include "search/tt.h"
+
+// Cut-off bookkeeping: a fail high this far above beta counts one ply deeper, and the depth
+// behind a history bonus is capped.
+constexpr int BONUS_MARGIN    = 80;
+constexpr int MAX_BONUS_DEPTH = 16;
+// Quiet moves remembered per node for the history malus.
+constexpr int MAX_QUIETS = 384;
+// Late-move reductions start at this depth; every 4096 of history takes one ply off them.
+constexpr int LMR_DEPTH        = 3;
+constexpr int LMR_HISTORY_UNIT = 4096;
+// Depth of a table entry that carries only the static evaluation.
+constexpr int EVAL_ONLY_DEPTH = -2;
+
+inline bool search_stopped() {
+    return sc.stop.load(std::memory_order_relaxed) != 0;
+}
+// Scores the table stores without a mate-distance conversion.
+inline bool outside_mate_range(int s) {
+    return MATE_STORE_LOW <= s && s <= MATE_STORE_HIGH;
+}
+// Thread 0 at a principal-variation node: row ply becomes m followed by row ply + 1.
+void update_pv(int ply, Move m);
 
 // Reductions by depth and number of moves searched; filled once by lmr_init at start-up.
 extern int lmr_table[100][384];
