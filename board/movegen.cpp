@@ -309,6 +309,63 @@ template <int Us> static Move* checks(const Position& p, Move* first) {
     return out.m;
 }
 
+// Captures and quiets from one pass over the pieces: each piece's attack set is looked up once and
+// split into the two lists.
+template <typename Attacks>
+[[gnu::always_inline]] static inline void split_moves(Out& caps, Out& quiet, uint64_t set, uint64_t them,
+                                                      uint64_t empty, Attacks attacks) {
+    while (set) {
+        const int from         = pop_lsb(set);
+        const uint64_t targets = attacks(from);
+        caps.add_all(from, targets & them);
+        quiet.add_all(from, targets & empty);
+    }
+}
+
+template <int Us>
+static void captures_quiets(const Position& p, Move* cap_list, uint32_t* ncaps, Move* quiet_list,
+                            uint32_t* nquiets) {
+    using S = Side<Us>;
+    Out caps{cap_list}, quiet{quiet_list};
+    const uint64_t them  = p.colour_bb[S::them];
+    const uint64_t occ   = them | p.colour_bb[Us];
+    const uint64_t empty = ~occ;
+    const int k          = king_square(p, Us);
+    const uint64_t pawns = pieces(p, Us, PAWN);
+
+    if (p.cflag) {
+        if (Us == WHITE) {
+            if ((p.cflag & 2) && !(occ & (bit(F1) | bit(G1)))) quiet.add(E1, G1);
+            if ((p.cflag & 1) && !(occ & (bit(B1) | bit(C1) | bit(D1)))) quiet.add(E1, C1);
+        } else {
+            if ((p.cflag & 8) && !(occ & (bit(F8) | bit(G8)))) quiet.add(E8, G8);
+            if ((p.cflag & 4) && !(occ & (bit(B8) | bit(C8) | bit(D8)))) quiet.add(E8, C8);
+        }
+    }
+    const uint64_t king =
+        king_attacks[k] & ~their_pawn_attacks<Us>(p) & ~king_attacks[king_square(p, S::them)];
+    caps.add_all(k, king & them);
+    quiet.add_all(k, king & empty);
+
+    uint64_t targets = them;
+    if (p.epsq != NO_SQUARE) targets |= bit(p.epsq);
+    targets &= S::pawn_targets(pawns);
+    pawn_captures<Us>(caps, pawns, targets & ~S::last_rank);
+    pawn_promo_captures<Us>(caps, pawns, targets & S::last_rank, 1);
+    const uint64_t single = S::push(pawns) & empty;
+    pushes(quiet, single & ~S::last_rank, S::forward);
+    pushes(quiet, S::push(single & S::push_rank) & empty, 2 * S::forward);
+
+    split_moves(caps, quiet, pieces(p, Us, KNIGHT), them, empty, KnightAttacks{});
+    split_moves(caps, quiet, pieces(p, Us, BISHOP), them, empty, BishopAttacks{occ});
+    split_moves(caps, quiet, pieces(p, Us, ROOK), them, empty, RookAttacks{occ});
+    split_moves(caps, quiet, pieces(p, Us, QUEEN), them, empty, QueenAttacks{occ});
+
+    push_promotions<Us>(caps, single & S::last_rank, 1);
+    *ncaps   = static_cast<uint32_t>(caps.m - cap_list);
+    *nquiets = static_cast<uint32_t>(quiet.m - quiet_list);
+}
+
 void gen_captures(const Position& p, Move* first, uint32_t* count, int underpromotions) {
     Move* end = p.side == WHITE ? captures<WHITE>(p, first, underpromotions)
                                 : captures<BLACK>(p, first, underpromotions);
@@ -330,4 +387,11 @@ void gen_checks(const Position& p, Move* first, uint32_t* count) {
     if (p.incheck) return;
     Move* end = p.side == WHITE ? checks<WHITE>(p, first) : checks<BLACK>(p, first);
     *count    = static_cast<uint32_t>(end - first);
+}
+
+void gen_captures_quiets(const Position& p, Move* caps, uint32_t* ncaps, Move* quiets, uint32_t* nquiets) {
+    if (p.side == WHITE)
+        captures_quiets<WHITE>(p, caps, ncaps, quiets, nquiets);
+    else
+        captures_quiets<BLACK>(p, caps, ncaps, quiets, nquiets);
 }

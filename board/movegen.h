@@ -10,3 +10,6 @@ void gen_captures(const Position& p, Move* first, uint32_t* count, int underprom
 void gen_quiets(const Position& p, Move* first, uint32_t* count);
 void gen_evasions(const Position& p, Move* first, uint32_t* count, int underpromotions);
 void gen_checks(const Position& p, Move* first, uint32_t* count);
+// What gen_captures (with under-promotions) and gen_quiets write, entry for entry, into two lists
+// at once: one pass over the pieces looks each attack set up only once.
+void gen_captures_quiets(const Position& p, Move* caps, uint32_t* ncaps, Move* quiets, uint32_t* nquiets);

@@ -17,14 +17,14 @@ static int quiet_leaf(const Position& p, Move m) {
     return 1;
 }
 
-// The last ply classifies each legal move without making it. Only the first `ncaps` entries (from
-// gen_captures) can be captures, en passant or promotions; the quiet entries need a legality test
-// only when the king or a pinned piece moves, or when the side to move is in check.
-static void count_leaves(const Position& p, const MoveList& list, uint32_t ncaps) {
+// The last ply classifies each legal move without making it. Only capture-list entries can be
+// captures, en passant or promotions; a quiet entry needs the full legality test only when the
+// king or a pinned piece moves, or when the side to move is in check.
+static void count_leaves(const Position& p, const MoveList& caps, const MoveList& quiets) {
     PerftTotals& tot    = perft_totals;
     int64_t legal_moves = 0;
-    for (uint32_t i = 0; i < ncaps; ++i) {
-        const Move m = list.moves[i];
+    for (uint32_t i = 0; i < caps.count; ++i) {
+        const Move m = caps.moves[i];
         if (!legal(p, m)) continue;
         ++legal_moves;
         const int to = move_to(m);
@@ -34,21 +34,21 @@ static void count_leaves(const Position& p, const MoveList& list, uint32_t ncaps
             ++tot.en_passant;
         if (move_promo(m)) ++tot.promotes;
     }
-    uint32_t i = ncaps;
+    uint32_t i = 0;
     if (!p.incheck && !p.pinned) {
-        // Castling and king moves lead the quiet entries; every entry after them is legal.
+        // Castling and king moves lead the quiet list; every entry after them is legal.
         const int k = king_square(p, p.side);
-        for (; i < list.count; ++i) {
-            const Move m   = list.moves[i];
+        for (; i < quiets.count; ++i) {
+            const Move m   = quiets.moves[i];
             const int from = move_from(m);
             if (from != k && from != E1 && from != E8) break;
             legal_moves += quiet_leaf(p, m);
         }
-        legal_moves += list.count - i;
+        legal_moves += quiets.count - i;
     } else {
         const uint64_t careful = p.incheck ? ~0ULL : p.pinned | bit(king_square(p, p.side));
-        for (; i < list.count; ++i) {
-            const Move m = list.moves[i];
+        for (; i < quiets.count; ++i) {
+            const Move m = quiets.moves[i];
             legal_moves += (careful & bit(move_from(m))) ? quiet_leaf(p, m) : 1;
         }
     }
@@ -56,22 +56,22 @@ static void count_leaves(const Position& p, const MoveList& list, uint32_t ncaps
     if (legal_moves == 0) ++tot.checkmates;
 }
 
+// Each level holds its captures (all promotions) and its quiet moves, made in that order.
 void perft(SearchThread& t, int depth) {
-    MoveList list;
-    uint32_t ncaps = 0, quiets = 0;
-    gen_captures(*t.pos, list.moves, &ncaps, 1);
-    gen_quiets(*t.pos, list.moves + ncaps, &quiets);
-    list.count = ncaps + quiets;
+    MoveList caps, quiets;
+    gen_captures_quiets(*t.pos, caps.moves, &caps.count, quiets.moves, &quiets.count);
 
     if (depth <= 1) {
-        count_leaves(*t.pos, list, ncaps);
+        count_leaves(*t.pos, caps, quiets);
         return;
     }
-    for (uint32_t i = 0; i < list.count; ++i) {
-        if (!legal(*t.pos, list.moves[i])) continue;
-        make_move(t, list.moves[i]);
-        perft(t, depth - 1);
-        unmake_move(t);
+    for (const MoveList* list : {&caps, &quiets}) {
+        for (uint32_t i = 0; i < list->count; ++i) {
+            if (!legal(*t.pos, list->moves[i])) continue;
+            make_move(t, list->moves[i]);
+            perft(t, depth - 1);
+            unmake_move(t);
+        }
     }
 }
 

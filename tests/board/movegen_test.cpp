@@ -224,3 +224,22 @@ TEST(MoveGen, ChecksCoverCapturesAndCheckingMoves) {
     });
     EXPECT_GT(checking_quiets, 500);
 }
+
+// The one-pass lists used by perft are exactly what gen_captures (all promotions) and gen_quiets give.
+TEST(MoveGen, OnePassListsAreCapturesAndQuiets) {
+    int positions = 0;
+    walk_suite(2, [&](SearchThread& t) {
+        const Position& p = *t.pos;
+        MoveList caps, quiets, one_caps, one_quiets;
+        gen_captures(p, caps.moves, &caps.count, 1);
+        gen_quiets(p, quiets.moves, &quiets.count);
+        gen_captures_quiets(p, one_caps.moves, &one_caps.count, one_quiets.moves, &one_quiets.count);
+        ++positions;
+        ASSERT_EQ(list_text(one_caps.moves, one_caps.count), list_text(caps.moves, caps.count)) << fen_of(p);
+        ASSERT_EQ(list_text(one_quiets.moves, one_quiets.count), list_text(quiets.moves, quiets.count))
+            << fen_of(p);
+        ASSERT_TRUE(std::equal(caps.moves, caps.moves + caps.count, one_caps.moves)) << fen_of(p);
+        ASSERT_TRUE(std::equal(quiets.moves, quiets.moves + quiets.count, one_quiets.moves)) << fen_of(p);
+    });
+    EXPECT_GT(positions, 40000);
+}
