@@ -11,12 +11,13 @@
 #include "search/threads.h"
 #include "search/tt.h"
 
-int lmr_table[100][384];
+int lmr_table[LMR_DEPTHS][LMR_MOVES];
 
+// The reduction grows with the square root of depth times moves searched, an eighth of it.
 void lmr_init() {
-    for (int d = 0; d < 100; ++d) {
+    for (int d = 0; d < LMR_DEPTHS; ++d) {
         lmr_table[d][0] = 0;
-        for (int k = 1; k < 384; ++k)
+        for (int k = 1; k < LMR_MOVES; ++k)
             lmr_table[d][k] = static_cast<int>(std::sqrt(static_cast<double>((k * d) >> 3)));
     }
 }

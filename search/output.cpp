@@ -13,6 +13,8 @@ static constexpr int LINE_SIZE = 1024;
 static constexpr int MATE_SHOWN = 32631;
 static constexpr int PV_SHOWN = 6, PV_SHOWN_MATE = 99;
 
+static constexpr char promo_letter[8] = {0, 'n', 'b', 'r', 'q', 0, 0, 0};
+
 // Coordinate text of one move appended at out; returns the new end. Written here rather than via
 // the shared move-text buffer so that a line is built in one local buffer and printed at once.
 static char* append_move(char* out, Move m) {
@@ -21,11 +23,10 @@ static char* append_move(char* out, Move m) {
             *out++ = *s;
         return out;
     }
-    *out++                                = static_cast<char>('a' + ((m >> 6) & 7));
-    *out++                                = static_cast<char>('1' + ((m >> 9) & 7));
-    *out++                                = static_cast<char>('a' + (m & 7));
-    *out++                                = static_cast<char>('1' + ((m >> 3) & 7));
-    static constexpr char promo_letter[8] = {0, 'n', 'b', 'r', 'q', 0, 0, 0};
+    *out++ = static_cast<char>('a' + ((m >> 6) & 7));
+    *out++ = static_cast<char>('1' + ((m >> 9) & 7));
+    *out++ = static_cast<char>('a' + (m & 7));
+    *out++ = static_cast<char>('1' + ((m >> 3) & 7));
     if (char c = promo_letter[move_promo(m)]) *out++ = c;
     return out;
 }

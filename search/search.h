@@ -33,7 +33,8 @@ inline bool outside_mate_range(int s) {
 void update_pv(int ply, Move m);
 
 // Reductions by depth and number of moves searched; filled once by lmr_init at start-up.
-extern int lmr_table[100][384];
+constexpr int LMR_DEPTHS = MAX_DEPTH + 1, LMR_MOVES = 384;
+extern int lmr_table[LMR_DEPTHS][LMR_MOVES];
 // Quiet moves searched before the rest are dropped, by improving and depth.
 extern const int lmp_table[2][11];
 void lmr_init();
