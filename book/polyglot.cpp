@@ -1,0 +1,204 @@
+#include "book/polyglot.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "board/keys.h"
+#include "board/makemove.h"
+#include "board/notation.h"
+#include "driver/engine_state.h"
+#include "driver/game.h"
+
+uint32_t book_rand_state = 1;
+
+constexpr long ENTRY_SIZE       = 16;
+constexpr int LISTING_SIZE      = 16;
+constexpr uint16_t NO_BOOK_MOVE = 0;
+
+struct BookEntry {
+    uint64_t key;
+    uint16_t move;
+    uint16_t weight;
+};
+
+// What one scan of a position's entries found: the first entries for the listing, the weight
+// total over all of them and the entry the chosen rule settled on.
+struct BookScan {
+    uint16_t moves[LISTING_SIZE];
+    uint16_t weights[LISTING_SIZE];
+    int held;
+    uint64_t total;
+    uint16_t chosen;
+};
+
+static int book_rand() {
+    book_rand_state = book_rand_state * 214013u + 2531011u;
+    return static_cast<int>((book_rand_state >> 16) & 0x7FFF);
+}
+
+static uint64_t big_endian(const unsigned char* b, int n) {
+    uint64_t v = 0;
+    for (int i = 0; i < n; ++i)
+        v = v << 8 | b[i];
+    return v;
+}
+
+// An entry that cannot be read matches no key and ends the scan.
+static bool read_entry(FILE* f, long index, BookEntry& e) {
+    unsigned char b[ENTRY_SIZE];
+    if (std::fseek(f, index * ENTRY_SIZE, SEEK_SET) != 0 || std::fread(b, 1, ENTRY_SIZE, f) != ENTRY_SIZE)
+        return false;
+    e.key    = big_endian(b, 8);
+    e.move   = static_cast<uint16_t>(big_endian(b + 8, 2));
+    e.weight = static_cast<uint16_t>(big_endian(b + 10, 2));
+    return true;
+}
+
+static bool read_key(FILE* f, long index, uint64_t& key) {
+    unsigned char b[8];
+    if (std::fseek(f, index * ENTRY_SIZE, SEEK_SET) != 0 || std::fread(b, 1, 8, f) != 8) return false;
+    key = big_endian(b, 8);
+    return true;
+}
+
+static long entry_count(FILE* f) {
+    const long here = std::ftell(f);
+    std::fseek(f, 0, SEEK_END);
+    const long size = std::ftell(f);
+    std::fseek(f, here, SEEK_SET);
+    return size < 0 ? 0 : size / ENTRY_SIZE;
+}
+
+// Index of the first entry whose key is not below key; an unreadable key counts as the largest.
+static long lower_bound(FILE* f, long n, uint64_t key) {
+    long lo = 0, hi = n;
+    while (lo < hi) {
+        const long mid = (lo + hi) / 2;
+        uint64_t k     = 0;
+        if (!read_key(f, mid, k) || key <= k)
+            hi = mid;
+        else
+            lo = mid + 1;
+    }
+    return lo;
+}
+
+// Reads every entry of the position. With `draw` set, each entry takes one number from the
+// generator and the choice follows the best rule (use_best) or the random rule.
+static void scan_position(FILE* f, uint64_t key, bool draw, bool use_best, BookScan& s) {
+    s.held       = 0;
+    s.total      = 0;
+    s.chosen     = NO_BOOK_MOVE;
+    const long n = entry_count(f);
+    uint16_t max = 0;
+    BookEntry e{};
+    for (long i = lower_bound(f, n, key), count = 0; i < n && read_entry(f, i, e) && e.key == key;
+         ++i, ++count) {
+        if (s.held < LISTING_SIZE) {
+            s.moves[s.held]   = e.move;
+            s.weights[s.held] = e.weight;
+            ++s.held;
+        }
+        if (e.weight > max) max = e.weight;
+        s.total += e.weight;
+        if (!draw) continue;
+        const int r = book_rand();
+        if (use_best) {
+            // Ties go to the later entry.
+            if (e.weight == max) s.chosen = e.move;
+        } else if (count == 0) {
+            s.chosen = e.move;
+        } else if (s.total > 0 && e.weight > 0 && r % e.weight < e.weight / 2) {
+            s.chosen = e.move;
+        }
+    }
+}
+
+// Book squares number like the board's (file + 8 * rank). Castling is stored as the king taking
+// its own rook and becomes the two-file king move when that king stands on its home square.
+static Move translate(const Position& p, uint16_t pg) {
+    const int from = (pg >> 6) & 63;
+    int to         = pg & 63;
+    if (from == E1 && p.wking == E1) {
+        if (to == H1) to = G1;
+        if (to == A1) to = C1;
+    } else if (from == E8 && p.bking == E8) {
+        if (to == H8) to = G8;
+        if (to == A8) to = C8;
+    }
+    return make_move_word(from, to);
+}
+
+// "{ e2e4 66% d2d4 33% }": the held entries with their share of the total weight.
+static void format_listing(const Position& p, const BookScan& s, char* out, int size) {
+    int used = std::snprintf(out, static_cast<size_t>(size), "{");
+    for (int i = 0; i < s.held && used >= 0 && used < size; ++i) {
+        const int share = s.total ? static_cast<int>(s.weights[i] * 100ULL / s.total) : 0;
+        used += std::snprintf(out + used, static_cast<size_t>(size - used), " %s %d%%",
+                              move_text(translate(p, s.moves[i])), share);
+    }
+    if (used >= 0 && used < size) std::snprintf(out + used, static_cast<size_t>(size - used), " }");
+}
+
+bool book_open() {
+    engine.book_file = std::fopen(engine.book_name, "rb+");
+    return engine.book_file != nullptr;
+}
+
+void book_close() {
+    if (engine.book_file && std::fclose(engine.book_file) != 0 && !engine.xboard_mode.load())
+        std::printf("book_close(): fclose()\n");
+    engine.book_file = nullptr;
+}
+
+Move book_probe(SearchThread& game) {
+    if (!engine.book_mode || !engine.book_file) return 0;
+    generate_legal_moves(game, false);
+    Position p          = *game.pos;
+    const uint64_t key  = full_key(p);
+    const bool use_best = engine.ply >= engine.book_random && engine.pickbest;
+    BookScan s;
+    scan_position(engine.book_file, key, true, use_best, s);
+    if (s.chosen == NO_BOOK_MOVE) return 0;
+
+    const bool console = !engine.xboard_mode.load();
+    if (console) {
+        char listing[LISTING_SIZE * 16 + 8];
+        format_listing(p, s, listing, sizeof listing);
+        std::printf("%s\n", listing);
+        std::fflush(stdout);
+    }
+    const Move move = translate(p, s.chosen);
+    if (console) std::printf("Polyglot %s Found : %s\n", use_best ? "Best" : "Random", move_text(move));
+
+    if (engine.ply > engine.bookdepth && !engine.analyze_mode) {
+        std::printf("End of Polglot Book\n");
+        book_close();
+        engine.book_mode = 0;
+        return 0;
+    }
+
+    // The move must come back from its own text as one of the game position's legal moves.
+    char text[8];
+    std::snprintf(text, sizeof text, "%s", move_text(move));
+    const Move read_back = text_to_move(text);
+    for (uint32_t i = 0; i < engine.legal_count; ++i) {
+        const Move m = engine.legal_moves.moves[i];
+        if (m != 0 && (m & 0xFFFF) == read_back && legal(*game.pos, m)) return move;
+    }
+    std::printf("Illegal move: %s\n", text);
+    std::printf("Illegal:book move ");
+    std::printf(" buffer=%s mv %s\n", text, move_text(read_back));
+    return 0;
+}
+
+void book_listing(SearchThread& game, char* out, int size) {
+    if (size <= 0) return;
+    out[0] = '\0';
+    if (!engine.book_file) return;
+    Position p         = *game.pos;
+    const uint64_t key = full_key(p);
+    BookScan s;
+    scan_position(engine.book_file, key, false, false, s);
+    if (s.held > 0) format_listing(p, s, out, size);
+}
