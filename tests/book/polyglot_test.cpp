@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <memory>
+#include <random>
 #include <set>
 #include <sstream>
 #include <string>
@@ -68,9 +69,21 @@ class Book : public ::testing::Test {
         pawn_masks_init();
         adjacent_files_init();
     }
+    // The book tests change the shared engine settings; they are put back for the other tests.
+    struct Saved {
+        int xboard_mode, analyze_mode, book_mode, pickbest, book_random, bookdepth, ply;
+        FILE* book_file;
+        std::string book_name;
+    };
     void SetUp() override {
-        game = std::make_unique<SearchThread>();
-        path = testing::TempDir() + "morvaine_book_test.bin";
+        saved = {engine.xboard_mode.load(), engine.analyze_mode, engine.book_mode, engine.pickbest,
+                 engine.book_random,        engine.bookdepth,    engine.ply,       engine.book_file,
+                 engine.book_name};
+        game  = std::make_unique<SearchThread>();
+        // One file per test and run: ctest runs tests side by side, and other runs may share /tmp.
+        path = testing::TempDir() + "morvaine_book_" +
+               testing::UnitTest::GetInstance()->current_test_info()->name() + "_" +
+               std::to_string(std::random_device{}()) + ".bin";
         engine.xboard_mode.store(0);
         engine.analyze_mode = 0;
         engine.book_mode    = 1;
@@ -85,6 +98,15 @@ class Book : public ::testing::Test {
     void TearDown() override {
         book_close();
         std::remove(path.c_str());
+        engine.xboard_mode.store(saved.xboard_mode);
+        engine.analyze_mode = saved.analyze_mode;
+        engine.book_mode    = saved.book_mode;
+        engine.pickbest     = saved.pickbest;
+        engine.book_random  = saved.book_random;
+        engine.bookdepth    = saved.bookdepth;
+        engine.ply          = saved.ply;
+        engine.book_file    = saved.book_file;
+        std::snprintf(engine.book_name, sizeof engine.book_name, "%s", saved.book_name.c_str());
     }
 
     uint64_t key_of(const char* fen) {
@@ -104,6 +126,7 @@ class Book : public ::testing::Test {
         return testing::internal::GetCapturedStdout();
     }
 
+    Saved saved;
     std::unique_ptr<SearchThread> game;
     std::string path;
 };

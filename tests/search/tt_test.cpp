@@ -5,6 +5,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <memory>
+#include <random>
 #include <sstream>
 #include <string>
 
@@ -26,7 +27,6 @@ class Hash : public ::testing::Test {
         hash_age = 1;
         thread   = std::make_unique<SearchThread>();
     }
-    void TearDown() override { hash_free(); }
 
     void store(uint64_t key, Move move, int score, int eval, int depth, int ply, int bound) {
         thread->key = key;
@@ -273,8 +273,9 @@ TEST_F(Hash, Statistics) {
 }
 
 TEST(HashDeathTest, ImpossibleRequestEndsWithTheMessage) {
-    const std::string out = testing::TempDir() + "hash_failure.txt";
-    const int requests[]  = {INT_MAX, 1 << 24};
+    const std::string out =
+        testing::TempDir() + "morvaine_hash_failure_" + std::to_string(std::random_device{}()) + ".txt";
+    const int requests[] = {INT_MAX, 1 << 24};
     for (int mb : requests) {
         SCOPED_TRACE(mb);
         EXPECT_EXIT(
@@ -288,4 +289,5 @@ TEST(HashDeathTest, ImpossibleRequestEndsWithTheMessage) {
         text << in.rdbuf();
         EXPECT_EQ(text.str(), " hash allocation error - exiting ...\n");
     }
+    std::remove(out.c_str());
 }
