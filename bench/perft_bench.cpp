@@ -3,6 +3,7 @@
 // Usage: perft_bench [runs]   (default 3). One line per position:
 //   <name> depth <d> leaves <n> seconds <s> leaves/s <rate>
 
+#include <algorithm>
 #include <chrono>
 #include <cinttypes>
 #include <cstdio>

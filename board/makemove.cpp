@@ -15,13 +15,17 @@ static uint64_t straight_sliders(const Position& p, int colour) {
 
 // Whether square s is attacked by the pieces of `attackers` (a subset of the side not to move)
 // under the occupancy occ; the enemy king counts by adjacency.
-static bool attacked(const Position& p, int s, uint64_t attackers, uint64_t occ) {
-    const int us = p.side;
+// A slider lookup is skipped when no such slider stands on the square's empty-board rays.
+[[gnu::always_inline]] static inline bool attacked(const Position& p, int s, uint64_t attackers,
+                                                   uint64_t occ) {
+    const int us            = p.side;
+    const uint64_t diagonal = attackers & (p.type_bb[BISHOP] | p.type_bb[QUEEN]);
+    const uint64_t straight = attackers & (p.type_bb[ROOK] | p.type_bb[QUEEN]);
     return (pawn_attacks[us][s] & attackers & p.type_bb[PAWN]) ||
            (knight_attacks[s] & attackers & p.type_bb[KNIGHT]) ||
            (king_attacks[s] & bit(king_square(p, us ^ 1))) ||
-           (bishop_attacks(s, occ) & attackers & (p.type_bb[BISHOP] | p.type_bb[QUEEN])) ||
-           (rook_attacks(s, occ) & attackers & (p.type_bb[ROOK] | p.type_bb[QUEEN]));
+           ((bishop_empty[s] & diagonal) && (bishop_attacks(s, occ) & diagonal)) ||
+           ((rook_empty[s] & straight) && (rook_attacks(s, occ) & straight));
 }
 
 Position* make_move(SearchThread& t, Move m) {
@@ -199,8 +203,7 @@ bool legal_slow(const Position& p, Move m) {
         const bool en_passant = type == PAWN && to == p.epsq;
         if (!p.incheck && !en_passant) {
             if (!(p.pinned & bit(from))) return true;
-            // A pinned piece may only move along the line through its king.
-            return (between[k][to] & bit(from)) || (between[k][from] & bit(to));
+            return along_pin(k, from, to);
         }
         if (p.board[to] != EMPTY)
             theirs &= ~bit(to);
@@ -221,6 +224,26 @@ bool legal_slow(const Position& p, Move m) {
     // The rook of a castling move still counts on its corner here.
     theirs &= ~bit(to);
     return !attacked(p, to, theirs, (ours & ~bit(from)) | bit(to) | theirs);
+}
+
+uint64_t king_danger(const Position& p) {
+    const int us = p.side, them = us ^ 1;
+    const uint64_t theirs = p.colour_bb[them];
+    const uint64_t occ    = (p.colour_bb[us] | theirs) & ~bit(king_square(p, us));
+    const uint64_t pawns  = theirs & p.type_bb[PAWN];
+    uint64_t danger       = king_attacks[king_square(p, them)];
+    // Their pawns' attacks, shifted towards us with the edge files masked off.
+    if (them == WHITE)
+        danger |= ((pawns & 0xFEFEFEFEFEFEFEFEULL) << 7) | ((pawns & 0x7F7F7F7F7F7F7F7FULL) << 9);
+    else
+        danger |= ((pawns & 0xFEFEFEFEFEFEFEFEULL) >> 9) | ((pawns & 0x7F7F7F7F7F7F7F7FULL) >> 7);
+    for (uint64_t b = theirs & p.type_bb[KNIGHT]; b;)
+        danger |= knight_attacks[pop_lsb(b)];
+    for (uint64_t b = diagonal_sliders(p, them); b;)
+        danger |= bishop_attacks(pop_lsb(b), occ);
+    for (uint64_t b = straight_sliders(p, them); b;)
+        danger |= rook_attacks(pop_lsb(b), occ);
+    return danger;
 }
 
 bool pseudo_legal(const Position& p, Move m) {

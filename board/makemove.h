@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 
+#include "board/attacks.h"
 #include "board/types.h"
 #include "search/thread.h"
 
@@ -15,6 +16,11 @@ Position* make_move(SearchThread& t, Move m);
 // Makes a game move and keeps the game position in slot 0 (the key history grows by one).
 void commit_move(SearchThread& game, Move m);
 void set_pins(Position& p);
+// A piece pinned to its king on square k may move only along the pin line: away from the king
+// (the pinner's square included) or towards it.
+inline bool along_pin(int k, int from, int to) {
+    return (between[k][to] & bit(from)) || (between[k][from] & bit(to));
+}
 // The full test behind legal(): king moves, moves in check, en passant and pinned pieces.
 bool legal_slow(const Position& p, Move m);
 // Most moves (no check, not the king, not pinned, not en passant) are answered here at once.
@@ -25,6 +31,9 @@ inline bool legal(const Position& p, Move m) {
         return true;
     return legal_slow(p, m);
 }
+// The squares the side not to move attacks with the mover's king lifted off the board: a king
+// step (not castling) passes legal() exactly when its destination is not among them.
+uint64_t king_danger(const Position& p);
 // Quiet, non-promoting moves only (killers and counter moves).
 bool pseudo_legal(const Position& p, Move m);
 // Full test for a stored move word (a hash move): captures, promotions, en passant and castling

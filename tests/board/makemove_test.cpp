@@ -278,6 +278,23 @@ TEST(Legal, AgreesWithTheKingBeingAttackedAfterTheMove) {
     EXPECT_GT(tested, 40000);
 }
 
+// Every king step, captures included, is legal exactly when the danger map leaves its square free.
+TEST(Legal, KingStepsAgreeWithTheDangerMap) {
+    int steps = 0;
+    walk_suite(2, [&](SearchThread& t) {
+        const Position& p  = *t.pos;
+        const int k        = king_square(p, p.side);
+        const uint64_t map = king_danger(p);
+        uint64_t targets   = king_attacks[k] & ~p.colour_bb[p.side];
+        while (targets) {
+            const int to = pop_lsb(targets);
+            ++steps;
+            ASSERT_EQ(legal(p, make_move_word(k, to)), !(map & bit(to))) << fen_of(p) << " to " << to;
+        }
+    });
+    EXPECT_GT(steps, 100000);
+}
+
 TEST(Legal, KnownCases) {
     struct Row {
         const char* name;
