@@ -137,8 +137,7 @@ void savepos(const Position& p) {
 }
 
 uint64_t new_game(SearchThread& game) {
-    hash_clear();
-    hash_age = 0;
+    hash_clear(); // zeroes the table and its age
     keys_init();
     game.key        = full_key(*game.pos);
     game.histidx    = 0;

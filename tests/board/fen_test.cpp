@@ -72,6 +72,12 @@ TEST(Fen, SavedTextOfWhatSetboardBuilt) {
         Position zero;
         std::memset(&zero, 0, sizeof zero);
         EXPECT_EQ(std::memcmp(&game->stack[1], &zero, sizeof zero), 0);
+        // The saved text reads back as the same position.
+        auto again = game_from(r.saved);
+        EXPECT_EQ(fen_of(*again->pos), r.saved);
+        EXPECT_EQ(again->key, game->key);
+        EXPECT_EQ(again->pos->mg, game->pos->mg);
+        EXPECT_EQ(again->pos->pinned, game->pos->pinned);
     }
 }
 
