@@ -170,25 +170,32 @@ void set_pins(Position& p) {
     const int us = p.side, them = us ^ 1;
     const int k             = king_square(p, us);
     const uint64_t ours     = p.colour_bb[us];
-    const uint64_t occ      = ours | p.colour_bb[them];
+    const uint64_t theirs   = p.colour_bb[them];
+    const uint64_t occ      = ours | theirs;
     const uint64_t diagonal = diagonal_sliders(p, them);
     const uint64_t straight = straight_sliders(p, them);
-    const uint64_t ba       = bishop_attacks(k, occ);
-    const uint64_t ra       = rook_attacks(k, occ);
 
-    // A pinner is the first enemy slider behind one of our pieces on a line from the king; the
-    // look behind is skipped when no such slider stands on the king's empty-board rays at all.
+    // A slider checks when it is the first piece on a line from the king, and pins when it is the
+    // first piece behind one of ours. Neither lookup is made when no such slider stands on the
+    // king's empty-board rays at all.
+    bool check =
+        (theirs & p.type_bb[PAWN] & pawn_attacks[us][k]) || (theirs & p.type_bb[KNIGHT] & knight_attacks[k]);
     uint64_t pinners = 0;
-    if (diagonal & bishop_empty[k]) pinners |= diagonal & (bishop_attacks(k, occ & ~(ours & ba)) ^ ba);
-    if (straight & rook_empty[k]) pinners |= straight & (rook_attacks(k, occ & ~(ours & ra)) ^ ra);
+    if (diagonal & bishop_empty[k]) {
+        const uint64_t ba = bishop_attacks(k, occ);
+        check             = check || (diagonal & ba);
+        pinners |= diagonal & (bishop_attacks(k, occ & ~(ours & ba)) ^ ba);
+    }
+    if (straight & rook_empty[k]) {
+        const uint64_t ra = rook_attacks(k, occ);
+        check             = check || (straight & ra);
+        pinners |= straight & (rook_attacks(k, occ & ~(ours & ra)) ^ ra);
+    }
     uint64_t pinned = 0;
     while (pinners)
         pinned |= between[k][pop_lsb(pinners)];
-    p.pinned = pinned & ours;
-
-    p.incheck = (diagonal & ba) || (straight & ra) ||
-                (p.colour_bb[them] & p.type_bb[PAWN] & pawn_attacks[us][k]) ||
-                (p.colour_bb[them] & p.type_bb[KNIGHT] & knight_attacks[k]);
+    p.pinned  = pinned & ours;
+    p.incheck = check;
 }
 
 bool legal_slow(const Position& p, Move m) {
