@@ -57,9 +57,9 @@ struct ThreadRow {
 
 TEST_F(ThreadedSearch, SharedTableSearchesAgree) {
     const ThreadRow rows[] = {
-        {"2 threads, bench 1", 2, bench_positions[0], 8, 0},
-        {"4 threads, kiwipete", 4, KIWIPETE, 7, 0},
-        {"16 threads, bench 6", 16, bench_positions[5], 7, 0},
+        {"2 threads, bench 1", 2, bench_positions[0], 10, 0},
+        {"4 threads, kiwipete", 4, KIWIPETE, 9, 0},
+        {"16 threads, bench 6", 16, bench_positions[5], 9, 0},
         {"4 threads find the mate in two", 4, MATE_IN_TWO, 6, MATE - 3},
         {"16 threads find the mate in two", 16, MATE_IN_TWO, 6, MATE - 3},
     };

@@ -142,6 +142,18 @@ TEST(UciTranscript, DepthSearchLines) {
     EXPECT_NE(r.info[6].find(" pv " + r.bestmove), std::string::npos);
 }
 
+// Several threads through the real front end: every depth reported once by thread 0, one answer.
+TEST(UciTranscript, SeveralThreads) {
+    const std::string out =
+        uci_session({"setoption name Threads value 4", "position startpos moves d2d4", "go depth 8"});
+    EXPECT_EQ(out.rfind("threads=4\n", 0), 0u) << out;
+    const SearchResult r = read_search(out);
+    ASSERT_EQ(r.info.size(), 9u) << out;
+    EXPECT_EQ(r.last_depth, 8);
+    ASSERT_EQ(r.bestmove.size(), 4u) << out;
+    EXPECT_TRUE(r.bestmove[1] == '7' || r.bestmove[1] == '8') << "not a Black move: " << r.bestmove;
+}
+
 struct MoveListRow {
     const char* name;
     std::vector<std::string> input;
