@@ -154,6 +154,33 @@ TEST(UciTranscript, SeveralThreads) {
     EXPECT_TRUE(r.bestmove[1] == '7' || r.bestmove[1] == '8') << "not a Black move: " << r.bestmove;
 }
 
+struct ClockRow {
+    const char* name;
+    std::vector<std::string> input;
+};
+
+// Only the side to move's clock counts. With 1 ms on it the search is cut right after the first
+// best move of depth 14 (the hard limit waits for that depth); had the other clock (ten minutes)
+// been read, the soft limits would carry it to deeper iterations.
+TEST(UciTranscript, ClockOfTheSideToMove) {
+    // clang-format off
+    const ClockRow rows[] = {
+        {"black to move reads btime",
+         {"position fen rnb2rk1/pp1nppbp/1qp3p1/P2pP3/3P4/2N1BN1P/1PP1BPP1/R2QK2R b KQ - 0 1",
+          "go wtime 600000 btime 1 winc 5000 binc 0"}},
+        {"white to move reads wtime",
+         {"position fen 3r1k2/4npp1/1ppr3p/p6P/P2PPPP1/1NR5/5K2/2R5 w - - 0 1",
+          "go wtime 1 btime 600000 winc 0 binc 5000"}},
+    };
+    // clang-format on
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.name);
+        const SearchResult s = read_search(uci_session(r.input));
+        EXPECT_EQ(s.last_depth, 14);
+        EXPECT_EQ(s.bestmove.size(), 4u);
+    }
+}
+
 struct MoveListRow {
     const char* name;
     std::vector<std::string> input;
