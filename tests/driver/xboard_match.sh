@@ -1,0 +1,58 @@
+#!/usr/bin/env bash
+# Plays a short match between the engine and fairymax through a real xboard on a virtual display,
+# without any human input, and checks that every game ended normally: no illegal move, no time
+# forfeit, no crash or lost connection. Usage: tests/driver/xboard_match.sh [engine] [games]
+# Exits 77 (skipped) when xboard, xvfb-run or fairymax is not installed.
+set -euo pipefail
+
+# Debian installs the games (xboard, fairymax) outside the usual path.
+export PATH="$PATH:/usr/games"
+engine=$(realpath "${1:-build/morvaine}")
+games=${2:-2}
+for tool in xboard xvfb-run fairymax; do
+    if ! command -v "$tool" >/dev/null 2>&1; then
+        echo "xboard match skipped: $tool is not installed"
+        exit 77
+    fi
+done
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+mkdir "$work/engine" "$work/fairymax"
+# xboard takes any engine line saying "not found" for a failed start, so the engine gets the
+# settings file it looks for (as a GUI user would give it one).
+printf '# settings of the xboard match\nhash 64\n' >"$work/engine/mo.ini"
+
+# Thirty seconds and one second a move; pondering on, so the engine also ponders on fairymax's time.
+# A game still running after 150 moves is adjudicated a draw to bound the run.
+status=0
+timeout 900 xvfb-run -a -s "-screen 0 1024x768x24" \
+    xboard -fcp "$engine" -fd "$work/engine" -scp fairymax -sd "$work/fairymax" \
+    -xncp -matchGames "$games" -tc 0:30 -inc 1 -ponderNextMove true -autoCallFlag true -popupExitMessage false \
+    -saveGameFile "$work/games.pgn" -debugMode true -nameOfDebugFile "$work/debug.txt" \
+    -adjudicateDrawMoves 150 -saveSettingsOnExit false -settingsFile "$work/xboardrc" \
+    >"$work/xboard.out" 2>&1 || status=$?
+
+fail() {
+    echo "xboard match failed: $1"
+    [ -f "$work/games.pgn" ] && cat "$work/games.pgn"
+    [ -f "$work/debug.txt" ] && tail -n 60 "$work/debug.txt"
+    cat "$work/xboard.out"
+    exit 1
+}
+
+[ "$status" -eq 0 ] || fail "xboard ended with status $status"
+[ -f "$work/games.pgn" ] || fail "no games were saved"
+played=$(grep -c '^\[Result ' "$work/games.pgn" || true)
+[ "$played" -eq "$games" ] || fail "$played of $games games were saved"
+if grep -E '^\[Result "\*"\]' "$work/games.pgn" >/dev/null; then fail "an unfinished game"; fi
+# The closing comment of each game says why it ended.
+if grep -i -E '\{[^}]*(illegal|time|forfeit|crash|disconnect|abort|exit|false|error)[^}]*\}' \
+    "$work/games.pgn" >/dev/null; then
+    fail "a game ended abnormally"
+fi
+if grep -E 'Illegal move|ERROR' "$work/debug.txt" >/dev/null; then fail "an engine rejected a move"; fi
+
+echo "xboard match: $games games finished normally"
+grep -E '^\[(White|Black|Result) ' "$work/games.pgn"
+grep -o -E '\{[^}]*\} (1-0|0-1|1/2-1/2)' "$work/games.pgn" || true
