@@ -1,6 +1,8 @@
+#include "driver/cpu.h"
 #include "driver/loop.h"
 
 int main() {
+    require_cpu_features();
     startup();
     command_loop();
 }
