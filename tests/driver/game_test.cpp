@@ -137,6 +137,36 @@ TEST(Game, XBoardAnswersMovesAndTakesBack) {
     EXPECT_NE(run.out.find("Illegal move: remove\n"), std::string::npos) << run.out;
 }
 
+TEST(Game, XBoardInputDuringTheEnginesSearch) {
+    struct Row {
+        const char* name;
+        const char* line;   // sent while the engine thinks on a long clock
+        const char* answer; // what must follow the engine's move
+    };
+    const Row rows[] = {
+        {"ping is answered after the move", "ping 8", "pong 8\n"},
+        {"? makes the engine move now", "?", ""},
+        {"an unknown line after the move", "hello", "Illegal move: hello\n"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EngineProcess engine;
+        engine.send("xboard");
+        engine.send("level 0 60 0");
+        engine.send("time 360000");
+        engine.send("ping 1");
+        ASSERT_TRUE(engine.wait_for("pong 1\n"));
+        engine.send("e2e4");
+        ASSERT_TRUE(engine.wait_for("#move_number = 0   (1)\n"));
+        engine.send(row.line);
+        ASSERT_TRUE(engine.wait_for("move ")) << engine.output();
+        ASSERT_TRUE(engine.wait_for("\n"));
+        engine.send("ping 9");
+        ASSERT_TRUE(engine.wait_for(std::string(row.answer) + "pong 9\n")) << engine.output();
+        EXPECT_TRUE(engine.finish().exited);
+    }
+}
+
 TEST(Game, XBoardPonderSearchEndsWhenALineArrives) {
     EngineProcess engine;
     engine.send("xboard");
