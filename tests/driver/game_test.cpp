@@ -55,6 +55,12 @@ TEST(Game, ConsoleSessions) {
          {"sd 3", "k7/8/1K6/8/8/8/8/7Q w - -", "h1h8", "a8b8"},
          "#White\\(1\\): #White\\(1\\): #move_number = 0   \\(1\\)\ndepth score time nodes pv\n([0-9]+" + THINKING_RE +
              ")*move \\(none\\)\ntellics kibitz Good Game!\n#Black\\(1\\): Illegal move: a8b8\n#Black\\(1\\): "},
+        {"engine mates, then has no move for the other side",
+         {"sd 3", "6k1/5ppp/8/8/8/8/8/R5K1 w - -", "go", "go", "list game", "h7h6"},
+         "#White\\(1\\): #White\\(1\\): depth score time nodes pv\n([0-9]+" + THINKING_RE + ")+move a1a8\n" +
+             TIMING_RE + "#Black\\(1\\): depth score time nodes pv\n([0-9]+" + THINKING_RE +
+             ")*move \\(none\\)\ntellics kibitz Good Game!\n#Black\\(1\\): 1\\.a1a8 \n#Black\\(1\\): "
+             "Illegal move: h7h6\n#Black\\(1\\): "},
         {"moves without their promotion letter are rejected",
          {"force", "8/P6k/8/8/8/8/8/K7 w - -", "a7a8", "a7a8q"},
          "#White\\(1\\): #White\\(1\\): Illegal move: a7a8\n#White\\(1\\): #move_number = 0   \\(1\\)\n"
@@ -135,6 +141,35 @@ TEST(Game, XBoardAnswersMovesAndTakesBack) {
     EXPECT_EQ(run.out.find("Illegal move: e2e4"), std::string::npos) << run.out;
     EXPECT_EQ(run.out.find("Illegal move: a2a3"), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("Illegal move: remove\n"), std::string::npos) << run.out;
+}
+
+TEST(Game, XBoardGamesToTheirEnd) {
+    struct Row {
+        const char* name;
+        std::vector<std::string> moves; // sent one at a time after the set-up
+        std::string ending;             // the last lines of the game
+    };
+    const Row rows[] = {
+        {"the opponent mates the engine", {"h1h8"}, "move (none)\ntellics kibitz Good Game!\n"},
+        {"a move after the end is refused", {"h1h8", "a8b8"},
+         "move (none)\ntellics kibitz Good Game!\nIllegal move: a8b8\n"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EngineProcess engine;
+        engine.send("xboard");
+        engine.send("sd 3");
+        engine.send("k7/8/1K6/8/8/8/8/7Q w - -");
+        for (const auto& m : row.moves) engine.send(m);
+        engine.send("ping 4");
+        ASSERT_TRUE(engine.wait_for("pong 4\n")) << engine.output();
+        EngineRun run = engine.finish();
+        EXPECT_EQ(run.status, 0);
+        EXPECT_NE(run.out.find("#move_number = 0   (1)\n"), std::string::npos) << run.out;
+        const std::string tail = row.ending + "pong 4\n" + END_OF_INPUT;
+        ASSERT_GE(run.out.size(), tail.size());
+        EXPECT_EQ(run.out.substr(run.out.size() - tail.size()), tail) << run.out;
+    }
 }
 
 TEST(Game, XBoardInputDuringTheEnginesSearch) {
