@@ -25,27 +25,33 @@ int token_count;
 // Big enough for the longest line any reader hands over (the UCI reader's included).
 static char token_copy[32768];
 
-static constexpr const char* VERSION = "2.0.34";
+static constexpr const char* VERSION  = "2.0.34";
 static constexpr int MAX_SEARCH_DEPTH = 120;
 
 int split_line(const char* text, const char* delimiters) {
     std::strncpy(token_copy, text, sizeof token_copy - 1);
     token_copy[sizeof token_copy - 1] = '\0';
-    token_count = 0;
-    char* c = token_copy;
+    token_count                       = 0;
+    char* c                           = token_copy;
     while (*c != '\0' && token_count < MAX_TOKENS) {
-        while (*c != '\0' && std::strchr(delimiters, *c) != nullptr) ++c;
+        while (*c != '\0' && std::strchr(delimiters, *c) != nullptr)
+            ++c;
         if (*c == '\0') break;
         tokens[token_count++] = c;
-        while (*c != '\0' && std::strchr(delimiters, *c) == nullptr) ++c;
+        while (*c != '\0' && std::strchr(delimiters, *c) == nullptr)
+            ++c;
         if (*c != '\0') *c++ = '\0';
     }
     tokens[token_count] = nullptr;
     return token_count;
 }
 
-static bool has_argument() { return token_count >= 2; }
-static int int_argument() { return std::atoi(tokens[1]); }
+static bool has_argument() {
+    return token_count >= 2;
+}
+static int int_argument() {
+    return std::atoi(tokens[1]);
+}
 
 void take_back(SearchThread& game, int n) {
     for (int taken = 0; taken < n && engine.ply > 0; ++taken) {
@@ -55,7 +61,7 @@ void take_back(SearchThread& game, int n) {
             --game.histidx;
             game.key = game.keyhist[game.histidx];
         } else {
-            game.key = full_key(*game.pos);
+            game.key        = full_key(*game.pos);
             game.keyhist[0] = game.key;
         }
         --engine.ply;
@@ -65,18 +71,20 @@ void take_back(SearchThread& game, int n) {
 
 // The side to move is part of the key and of the pin and check fields: keep them consistent.
 static void set_side(SearchThread& game, int side) {
-    Position& p = *game.pos;
-    p.side = static_cast<uint8_t>(side);
-    game.key = full_key(p);
+    Position& p                = *game.pos;
+    p.side                     = static_cast<uint8_t>(side);
+    game.key                   = full_key(p);
     game.keyhist[game.histidx] = game.key;
     set_pins(p);
 }
 
-static int cmd_nothing(SearchThread&) { return CMD_DONE; }
+static int cmd_nothing(SearchThread&) {
+    return CMD_DONE;
+}
 
 static int cmd_analyze(SearchThread&) {
-    engine.depth_limit = 99;
-    engine.force_mode = 0;
+    engine.depth_limit  = 99;
+    engine.force_mode   = 0;
     engine.analyze_mode = 1;
     return CMD_DONE;
 }
@@ -155,7 +163,7 @@ static int cmd_bookname(SearchThread&) {
     if (const char* open = std::strchr(engine.line, '"')) {
         ++open;
         const char* close = std::strchr(open, '"');
-        size_t len = close != nullptr ? static_cast<size_t>(close - open) : std::strlen(open);
+        size_t len        = close != nullptr ? static_cast<size_t>(close - open) : std::strlen(open);
         if (len > sizeof engine.book_name - 1) len = sizeof engine.book_name - 1;
         std::memcpy(engine.book_name, open, len);
         engine.book_name[len] = '\0';
@@ -227,13 +235,13 @@ static int cmd_level(SearchThread&) {
         std::puts("usage: level <nmoves> <stime> <inc>");
         return CMD_DONE;
     }
-    int moves = std::atoi(tokens[1]);
+    int moves          = std::atoi(tokens[1]);
     engine.moves_to_go = moves;
     // Base time in minutes, optionally minutes:seconds.
     int seconds = std::atoi(tokens[2]) * 60;
     if (const char* colon = std::strchr(tokens[2], ':')) seconds += std::atoi(colon + 1);
-    engine.time_left = seconds * 1000;
-    engine.increment = static_cast<int32_t>(std::atof(tokens[3]) * 1000.0);
+    engine.time_left   = seconds * 1000;
+    engine.increment   = static_cast<int32_t>(std::atof(tokens[3]) * 1000.0);
     engine.level_moves = moves != 0 ? moves : 1000;
     return CMD_DONE;
 }
@@ -297,7 +305,7 @@ static int cmd_sd(SearchThread&) {
         std::puts("usage: sd <depth>");
         return CMD_DONE;
     }
-    int depth = int_argument();
+    int depth          = int_argument();
     engine.depth_limit = depth > MAX_SEARCH_DEPTH ? MAX_SEARCH_DEPTH : depth;
     return CMD_DONE;
 }
@@ -311,7 +319,7 @@ static int cmd_uci(SearchThread& game) {
     if (engine.xboard_mode) return CMD_DONE;
     // The UCI loop reads stdin itself, so the watcher must end first.
     engine.watcher_quit = 1;
-    engine.uci_mode = 1;
+    engine.uci_mode     = 1;
     uci_loop(game);
     engine.uci_done = 1;
     engine.uci_mode = 0;
@@ -422,7 +430,8 @@ constexpr Command commands[] = {
 // A line with more than six slashes is a position, whatever its first word.
 static bool is_fen_line(const char* line) {
     int slashes = 0;
-    for (const char* c = line; *c != '\0'; ++c) slashes += *c == '/';
+    for (const char* c = line; *c != '\0'; ++c)
+        slashes += *c == '/';
     return slashes > 6;
 }
 

@@ -21,10 +21,16 @@
 #include "search/threads.h"
 #include "search/tt.h"
 
-static bool has_argument() { return token_count >= 2; }
-static int int_argument() { return std::atoi(tokens[1]); }
+static bool has_argument() {
+    return token_count >= 2;
+}
+static int int_argument() {
+    return std::atoi(tokens[1]);
+}
 
-int cmd_beep(SearchThread&) { return engine.xboard_mode; }
+int cmd_beep(SearchThread&) {
+    return engine.xboard_mode;
+}
 
 int cmd_bench(SearchThread& game) {
     bench(game);
@@ -40,7 +46,9 @@ int cmd_bk(SearchThread& game) {
     return engine.xboard_mode;
 }
 
-int cmd_bogus(SearchThread&) { return engine.xboard_mode; }
+int cmd_bogus(SearchThread&) {
+    return engine.xboard_mode;
+}
 
 int cmd_cls(SearchThread&) {
     clear_screen();
@@ -77,11 +85,11 @@ int cmd_eval(SearchThread& game) {
 static void rebuild_game_position(SearchThread& game, const uint8_t board[64], uint8_t side, uint8_t epsq,
                                   uint8_t cflag, uint8_t phase) {
     std::memset(static_cast<void*>(&game), 0, sizeof game);
-    game.pos = &game.stack[0];
+    game.pos    = &game.stack[0];
     Position& p = *game.pos;
     for (int sq = 0; sq < 64; ++sq) {
         const uint8_t code = board[sq];
-        p.board[sq] = code;
+        p.board[sq]        = code;
         if (code == EMPTY) continue;
         p.colour_bb[piece_colour(code)] |= bit(sq);
         if (piece_type(code) == KING)
@@ -89,8 +97,8 @@ static void rebuild_game_position(SearchThread& game, const uint8_t board[64], u
         else
             p.type_bb[piece_type(code)] |= bit(sq);
     }
-    p.side = side;
-    p.epsq = epsq;
+    p.side  = side;
+    p.epsq  = epsq;
     p.cflag = cflag;
     p.phase = phase;
     new_game(game);
@@ -100,14 +108,16 @@ static void rebuild_game_position(SearchThread& game, const uint8_t board[64], u
     show_board(p.board);
 }
 
-static bool inside_ep_ranks(int sq) { return sq >= 8 && sq < 56; }
+static bool inside_ep_ranks(int sq) {
+    return sq >= 8 && sq < 56;
+}
 
 int cmd_flip(SearchThread& game) {
     const Position old = *game.pos;
     uint8_t board[64];
     for (int sq = 0; sq < 64; ++sq) {
         const uint8_t code = old.board[sq];
-        board[sq ^ 56] = code == EMPTY ? EMPTY : static_cast<uint8_t>(code ^ 8);
+        board[sq ^ 56]     = code == EMPTY ? EMPTY : static_cast<uint8_t>(code ^ 8);
     }
     const uint8_t epsq = inside_ep_ranks(old.epsq) ? static_cast<uint8_t>(old.epsq ^ 56) : old.epsq;
     // Exchange the white and black castling rights.
@@ -124,7 +134,8 @@ int cmd_flop(SearchThread& game) {
         return CMD_POSITION;
     }
     uint8_t board[64];
-    for (int sq = 0; sq < 64; ++sq) board[sq ^ 7] = old.board[sq];
+    for (int sq = 0; sq < 64; ++sq)
+        board[sq ^ 7] = old.board[sq];
     const uint8_t epsq = inside_ep_ranks(old.epsq) ? static_cast<uint8_t>(old.epsq ^ 7) : old.epsq;
     rebuild_game_position(game, board, old.side, epsq, 0, old.phase);
     return CMD_POSITION;

@@ -20,7 +20,7 @@ const char* const bench_positions[6] = {
 };
 
 void show_board(const uint8_t board[64]) {
-    static constexpr char letters[] = "PNBRQK";
+    static constexpr char letters[]    = "PNBRQK";
     static constexpr const char* frame = "   ************************";
     std::printf("\n%s\n", frame);
     for (int rank = 7; rank >= 0; --rank) {
@@ -28,15 +28,15 @@ void show_board(const uint8_t board[64]) {
         int len = std::snprintf(row, sizeof row, "%d |", rank + 1);
         for (int file = 0; file < 8; ++file) {
             const uint8_t code = board[file + 8 * rank];
-            const bool piece = code != EMPTY && piece_type(code) <= KING;
-            const bool black = piece && piece_colour(code) == BLACK;
-            row[len++] = black ? '<' : ' ';
-            row[len++] = piece ? letters[piece_type(code)] : '*';
-            row[len++] = black ? '>' : ' ';
+            const bool piece   = code != EMPTY && piece_type(code) <= KING;
+            const bool black   = piece && piece_colour(code) == BLACK;
+            row[len++]         = black ? '<' : ' ';
+            row[len++]         = piece ? letters[piece_type(code)] : '*';
+            row[len++]         = black ? '>' : ' ';
         }
         row[len++] = '|';
         row[len++] = '\n';
-        row[len] = '\0';
+        row[len]   = '\0';
         std::fputs(row, stdout);
     }
     std::printf("%s\n    a  b  c  d  e  f  g  h\n", frame);

@@ -41,7 +41,7 @@ static uint32_t fill_legal_moves(const Position& p, Move& only) {
     }
     if (count > MAX_MOVES) count = MAX_MOVES;
     uint32_t passed = 0;
-    only = 0;
+    only            = 0;
     for (uint32_t i = 0; i < count; ++i) {
         Move m = scratch[i];
         if (!legal(p, m)) {
@@ -53,18 +53,18 @@ static uint32_t fill_legal_moves(const Position& p, Move& only) {
         engine.legal_moves.moves[i] = m;
     }
     engine.legal_moves.count = count;
-    engine.legal_count = count;
+    engine.legal_count       = count;
     return passed;
 }
 
 static void no_legal_move() {
-    engine.game_over = 1;
-    engine.legal_count = 0;
+    engine.game_over    = 1;
+    engine.legal_count  = 0;
     engine.single_reply = 0;
 }
 
 void generate_legal_moves(SearchThread& game, bool clear_stop) {
-    Move only = 0;
+    Move only             = 0;
     const uint32_t passed = fill_legal_moves(*game.pos, only);
     if (passed == 0)
         no_legal_move();
@@ -84,7 +84,7 @@ static void record_move(SearchThread& game, Move m) {
     if (engine.ply > MAX_GAME_PLY) history_overflow();
     const Position& before = *game.pos;
     ++engine.ply;
-    engine.move_history[engine.ply] = m;
+    engine.move_history[engine.ply]     = m;
     engine.position_history[engine.ply] = before;
     // Black's move completes a move of the time control.
     if (engine.moves_to_go != 0 && before.side == BLACK && --engine.moves_to_go == 0)
@@ -95,12 +95,13 @@ static void record_move(SearchThread& game, Move m) {
 LoopStep received_move(SearchThread& game, const char* line) {
     // Only the first five characters matter; nothing after the line's end is looked at.
     char text[6] = {};
-    for (int i = 0; i < 5 && line[i] != '\0'; ++i) text[i] = line[i];
+    for (int i = 0; i < 5 && line[i] != '\0'; ++i)
+        text[i] = line[i];
     const Move word = text_to_move(text) & 0xFFFF;
-    bool found = false;
+    bool found      = false;
     for (uint32_t i = 0; i < engine.legal_count && !found; ++i) {
         const Move m = engine.legal_moves.moves[i];
-        found = m != 0 && (m & 0xFFFF) == word;
+        found        = m != 0 && (m & 0xFFFF) == word;
     }
     if (!found) {
         std::printf("Illegal move: %s\n", line);
@@ -110,8 +111,8 @@ LoopStep received_move(SearchThread& game, const char* line) {
     record_move(game, word);
     if (engine.force_mode) return LoopStep::regenerate;
 
-    const int was_over = engine.game_over;
-    Move only = 0;
+    const int was_over    = engine.game_over;
+    Move only             = 0;
     const uint32_t passed = fill_legal_moves(*game.pos, only);
     if (engine.legal_count == 0) {
         no_legal_move();
@@ -131,8 +132,9 @@ LoopStep received_move(SearchThread& game, const char* line) {
 static void set_best_move(Move m) {
     sc.pv_table[0][0] = m;
     sc.pv_table[0][1] = 0;
-    sc.search_start = think_start;
-    for (int i = 0; i < thread_count(); ++i) set_thread_nodes(search_record(i), 0);
+    sc.search_start   = think_start;
+    for (int i = 0; i < thread_count(); ++i)
+        set_thread_nodes(search_record(i), 0);
 }
 
 static LoopStep after_move(SearchThread& game) {
@@ -164,7 +166,7 @@ LoopStep engine_thinks(SearchThread& game) {
     think_start = get_ms();
     nodes_searched.store(0, std::memory_order_relaxed);
     const int display_depth = engine.display_depth;
-    engine.display_depth = 0;
+    engine.display_depth    = 0;
 
     if (engine.book_mode) {
         const Move m = book_probe(game);
@@ -188,7 +190,7 @@ LoopStep engine_thinks(SearchThread& game) {
     engine.force_mode = 0;
     nodes_searched.store(0, std::memory_order_relaxed);
     sc.stop.store(0, std::memory_order_relaxed);
-    engine.searching = 1;
+    engine.searching     = 1;
     engine.display_depth = display_depth;
     if (!engine.xboard_mode) std::puts("depth score time nodes pv");
     sc.best_depth.store(0, std::memory_order_relaxed);
@@ -202,13 +204,13 @@ bool ponder_check(SearchThread& game, int last_result) {
     if (!engine.ponder || engine.force_mode || engine.game_over || sc.stop.load(std::memory_order_relaxed))
         return false;
     if (!engine.xboard_mode) std::puts("#pondering ...");
-    const int post = engine.post;
+    const int post   = engine.post;
     engine.searching = 1;
     engine.pondering = 1;
     think(game);
     engine.pondering = 0;
     engine.searching = 0;
-    engine.post = post;
+    engine.post      = post;
     if (!engine.xboard_mode) std::puts("#ponder complete");
     // Nothing starts another ponder search before the next regeneration clears this.
     sc.stop.store(1, std::memory_order_relaxed);

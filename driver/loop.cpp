@@ -24,10 +24,12 @@
 #include "search/tt.h"
 
 static constexpr const char* SETTINGS_FILE = "mo.ini";
-static constexpr int SETTINGS_PIECE = 128; // 127 characters and the terminator
+static constexpr int SETTINGS_PIECE        = 128; // 127 characters and the terminator
 
 // Cuts a line at its first newline and its first carriage return.
-static void cut_line(char* line) { line[std::strcspn(line, "\r\n")] = '\0'; }
+static void cut_line(char* line) {
+    line[std::strcspn(line, "\r\n")] = '\0';
+}
 
 void startup() {
     platform_init();
@@ -46,16 +48,16 @@ void startup() {
     engine.uci_done = 0;
     adjacent_files_init();
     std::strcpy(engine.book_name, "book.bin");
-    engine.uci_mode = 0;
+    engine.uci_mode    = 0;
     engine.xboard_mode = 0;
-    engine.book_file = nullptr;
-    engine.book_mode = 0;
-    engine.pickbest = 0;
+    engine.book_file   = nullptr;
+    engine.book_mode   = 0;
+    engine.pickbest    = 0;
 
     std::puts("Morvaine v2.0.34");
 
-    engine.ply = 0;
-    engine.input_ready = 0;
+    engine.ply          = 0;
+    engine.input_ready  = 0;
     engine.watcher_quit = 0;
     start_input_watcher();
 
@@ -89,8 +91,8 @@ void start_new_game(SearchThread& game) {
     setboard(game, START_FEN);
     new_game(game);
     engine.force_mode = 0;
-    engine.game_over = 0;
-    engine.ply = 0;
+    engine.game_over  = 0;
+    engine.ply        = 0;
     read_settings_file();
     generate_legal_moves(game, true);
 }
@@ -134,21 +136,24 @@ static int read_command(SearchThread& game, int last) {
         if (engine.line[0] != '\0') break;
     }
     // Type-ahead on the console keyboard is dropped.
-    while (key_waiting()) read_key();
+    while (key_waiting())
+        read_key();
     return last;
 }
 
-static bool line_is(const char* text) { return std::strcmp(engine.line, text) == 0; }
+static bool line_is(const char* text) {
+    return std::strcmp(engine.line, text) == 0;
+}
 
 void command_loop() {
     SearchThread& game = *engine.game;
-    int last = CMD_NONE;
-    LoopStep step = LoopStep::read;
+    int last           = CMD_NONE;
+    LoopStep step      = LoopStep::read;
     for (;;) {
         if (step == LoopStep::regenerate) generate_legal_moves(game, true);
         if (step != LoopStep::redispatch) last = read_command(game, last);
         engine.input_ready = 0;
-        last = parse_command(game);
+        last               = parse_command(game);
 
         if (engine.analyze_mode) {
             // The last analysis ran to the end of its depth: this line only resets that.
@@ -161,7 +166,7 @@ void command_loop() {
             if (line_is("undo")) {
                 // Already taken back by the interpreter: analyse the position reached.
                 engine.line[0] = '\0';
-                step = engine_thinks(game);
+                step           = engine_thinks(game);
                 continue;
             }
         }
@@ -172,7 +177,7 @@ void command_loop() {
         std::fflush(stdout);
         if (line_is("go")) {
             engine.force_mode = 0;
-            step = engine_thinks(game);
+            step              = engine_thinks(game);
             continue;
         }
         if (engine.line[0] == 'q' || engine.uci_done) quit_path();

@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr int STDIN_FD = 0;
+constexpr int STDIN_FD            = 0;
 constexpr size_t READ_BUFFER_SIZE = 1 << 16;
 
 // The reader (main thread) alone touches the buffer and its indices; the input watcher only
@@ -27,7 +27,9 @@ char read_buffer[READ_BUFFER_SIZE];
 size_t read_start = 0, read_end = 0;
 std::atomic<size_t> buffered_bytes{0};
 
-void publish_buffered() { buffered_bytes.store(read_end - read_start, std::memory_order_relaxed); }
+void publish_buffered() {
+    buffered_bytes.store(read_end - read_start, std::memory_order_relaxed);
+}
 
 // Fills the buffer when it is empty; false at end of input or on an error.
 bool fill_buffer() {
@@ -36,7 +38,7 @@ bool fill_buffer() {
         if (got < 0 && errno == EINTR) continue;
         if (got <= 0) return false;
         read_start = 0;
-        read_end = static_cast<size_t>(got);
+        read_end   = static_cast<size_t>(got);
         return true;
     }
 }
@@ -49,14 +51,14 @@ class RawTerminal {
         if (!ok_) return;
         termios raw = saved_;
         raw.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
-        raw.c_cc[VMIN] = static_cast<cc_t>(min_chars);
+        raw.c_cc[VMIN]  = static_cast<cc_t>(min_chars);
         raw.c_cc[VTIME] = 0;
-        ok_ = tcsetattr(STDIN_FD, TCSANOW, &raw) == 0;
+        ok_             = tcsetattr(STDIN_FD, TCSANOW, &raw) == 0;
     }
     ~RawTerminal() {
         if (ok_) tcsetattr(STDIN_FD, TCSANOW, &saved_);
     }
-    RawTerminal(const RawTerminal&) = delete;
+    RawTerminal(const RawTerminal&)            = delete;
     RawTerminal& operator=(const RawTerminal&) = delete;
     bool ok() const { return ok_; }
 
@@ -108,12 +110,15 @@ int read_key() {
     }
 }
 
-void clear_screen() { std::fputs("\x1b[H\x1b[2J", stdout); }
+void clear_screen() {
+    std::fputs("\x1b[H\x1b[2J", stdout);
+}
 
 void sleep_ms(int ms) {
     timespec want{ms / 1000, static_cast<long>(ms % 1000) * 1000000L};
     timespec left{};
-    while (nanosleep(&want, &left) != 0 && errno == EINTR) want = left;
+    while (nanosleep(&want, &left) != 0 && errno == EINTR)
+        want = left;
 }
 
 bool read_line(char* buf, int n) {

@@ -12,8 +12,8 @@
 
 namespace {
 
-constexpr uint64_t START_KEY = 0x463B96181691FC9CULL;       // start position
-constexpr uint64_t AFTER_E4_KEY = 0x823C9B50FD114196ULL;    // after 1.e4
+constexpr uint64_t START_KEY    = 0x463B96181691FC9CULL; // start position
+constexpr uint64_t AFTER_E4_KEY = 0x823C9B50FD114196ULL; // after 1.e4
 
 struct BookEntry {
     uint64_t key;
@@ -22,7 +22,8 @@ struct BookEntry {
 };
 
 void put_big_endian(std::string& out, uint64_t v, int bytes) {
-    for (int i = bytes - 1; i >= 0; --i) out.push_back(static_cast<char>((v >> (8 * i)) & 0xFF));
+    for (int i = bytes - 1; i >= 0; --i)
+        out.push_back(static_cast<char>((v >> (8 * i)) & 0xFF));
 }
 
 // Entries must be given in key order; the move text is written as the book's from/to word.
@@ -30,7 +31,7 @@ std::string make_book(const std::vector<BookEntry>& entries) {
     std::string bytes;
     for (const auto& e : entries) {
         const unsigned from = static_cast<unsigned>(e.move[0] - 'a' + 8 * (e.move[1] - '1'));
-        const unsigned to = static_cast<unsigned>(e.move[2] - 'a' + 8 * (e.move[3] - '1'));
+        const unsigned to   = static_cast<unsigned>(e.move[2] - 'a' + 8 * (e.move[3] - '1'));
         put_big_endian(bytes, e.key, 8);
         put_big_endian(bytes, from * 64 + to, 2);
         put_big_endian(bytes, e.weight, 2);
@@ -39,7 +40,8 @@ std::string make_book(const std::vector<BookEntry>& entries) {
     return bytes;
 }
 
-const std::string BOOK = make_book({{START_KEY, "e2e4", 2}, {START_KEY, "d2d4", 1}, {AFTER_E4_KEY, "c7c5", 5}});
+const std::string BOOK =
+    make_book({{START_KEY, "e2e4", 2}, {START_KEY, "d2d4", 1}, {AFTER_E4_KEY, "c7c5", 5}});
 
 std::string play(const std::vector<std::string>& input) {
     EngineRun run = run_engine(input, {std::nullopt, {{"book.bin", BOOK}}});
@@ -63,7 +65,7 @@ TEST(BookGame, ConsoleBookMoveWithoutSearch) {
 
 TEST(BookGame, HitBeyondBookDepthEndsTheBook) {
     // The engine answers 1.e4 from the book's position, but ply 1 lies beyond bookdepth 0.
-    const std::string out = play({"book 1", "sd 1", "e2e4", "d2d4", "bk"});
+    const std::string out         = play({"book 1", "sd 1", "e2e4", "d2d4", "bk"});
     const std::string end_of_book = "#move_number = 0   (1)\n{ c7c5 100% }\nPolyglot Random Found : c7c5\n"
                                     "End of Polglot Book\ndepth score time nodes pv\n";
     ASSERT_NE(out.find(end_of_book), std::string::npos) << out;
@@ -83,21 +85,25 @@ TEST(BookGame, DeeperBookDepthPlaysTheReply) {
 }
 
 TEST(BookGame, ListingForBkAndXBoardSilence) {
-    EXPECT_NE(play({"book 1", "bk"}).find("#White(1): \t{ e2e4 66% d2d4 33% }\n\nIllegal move: bk\n#White(1): "),
-              std::string::npos);
+    EXPECT_NE(
+        play({"book 1", "bk"}).find("#White(1): \t{ e2e4 66% d2d4 33% }\n\nIllegal move: bk\n#White(1): "),
+        std::string::npos);
     EXPECT_NE(play({"xboard", "book 1", "bk"}).find("found book.bin\n\t{ e2e4 66% d2d4 33% }\n\n"),
               std::string::npos);
     // In XBoard mode only the move is printed.
     const std::string out = play({"xboard", "book 1", "pickbest 1", "go"});
-    EXPECT_TRUE(std::regex_search(out, std::regex("#White\\(1\\): \nfound book\\.bin\nmove e2e4\n0 0 [0-9]+ 0 e2e4\n")))
+    EXPECT_TRUE(std::regex_search(
+        out, std::regex("#White\\(1\\): \nfound book\\.bin\nmove e2e4\n0 0 [0-9]+ 0 e2e4\n")))
         << out;
     EXPECT_EQ(out.find("Polyglot"), std::string::npos) << out;
 }
 
 TEST(BookGame, BookWordsWithAFile) {
-    const std::string out = play({"book", "book 1", "book", "bookname \"other.bin\"", "book 1", "book off", "book"});
-    const std::string usage = "usage:  Book 0  - no book\n        Book 1  - PolyGlot book {best move}\n";
-    const std::string expected = usage + "Current Book #  - 0\n#White(1): found book.bin\n#White(1): " + usage +
+    const std::string out =
+        play({"book", "book 1", "book", "bookname \"other.bin\"", "book 1", "book off", "book"});
+    const std::string usage    = "usage:  Book 0  - no book\n        Book 1  - PolyGlot book {best move}\n";
+    const std::string expected = usage +
+                                 "Current Book #  - 0\n#White(1): found book.bin\n#White(1): " + usage +
                                  "Current Book #  - 1\n#White(1): book = other.bin\n#White(1): "
                                  "book_open: can't open other.bin\n#White(1): #White(1): " +
                                  usage + "Current Book #  - 0\n#White(1): ";

@@ -34,11 +34,11 @@ class Interpreter : public testing::Test {
         game_ = nullptr;
     }
     void SetUp() override {
-        engine.xboard_mode = 1;
+        engine.xboard_mode  = 1;
         engine.analyze_mode = 0;
-        engine.force_mode = 0;
-        engine.game_over = 0;
-        engine.ply = 0;
+        engine.force_mode   = 0;
+        engine.game_over    = 0;
+        engine.ply          = 0;
         engine.time_left = engine.increment = engine.moves_to_go = engine.level_moves = 0;
         engine.depth_limit = engine.move_time = 0;
         setboard(*game_, START_FEN);
@@ -48,7 +48,7 @@ class Interpreter : public testing::Test {
     int run(const std::string& line) {
         std::strncpy(engine.line, line.c_str(), INPUT_SIZE - 1);
         const int result = parse_command(*game_);
-        bool regenerate = result == CMD_POSITION || result == CMD_FORCE;
+        bool regenerate  = result == CMD_POSITION || result == CMD_FORCE;
         if (result == CMD_NONE) regenerate = received_move(*game_, engine.line) == LoopStep::regenerate;
         if (regenerate) generate_legal_moves(*game_, true);
         return result;
@@ -82,7 +82,8 @@ TEST_F(Interpreter, ClockAndDepthSettings) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         SetUp();
-        for (const auto& line : row.lines) EXPECT_EQ(run(line), CMD_DONE) << line;
+        for (const auto& line : row.lines)
+            EXPECT_EQ(run(line), CMD_DONE) << line;
         EXPECT_EQ(engine.time_left, row.time_left);
         EXPECT_EQ(engine.increment, row.increment);
         EXPECT_EQ(engine.moves_to_go, row.moves_to_go);
@@ -104,11 +105,16 @@ TEST_F(Interpreter, ResultCodesAndModes) {
         int xboard, result;
     };
     const Row rows[] = {
-        {"force on the console", "force", 0, CMD_DONE},  {"force in xboard mode", "force", 1, CMD_FORCE},
-        {"white", "white", 1, CMD_POSITION},             {"undo at the start", "undo", 1, CMD_POSITION},
-        {"beep on the console", "beep", 0, CMD_NONE},     {"beep in xboard mode", "beep", 1, CMD_DONE},
-        {"comment", "# go", 1, CMD_DONE},                {"go is the loop's", "go", 1, CMD_NONE},
-        {"new is the loop's", "new", 1, CMD_NONE},         {"quit is the loop's", "quit", 1, CMD_NONE},
+        {"force on the console", "force", 0, CMD_DONE},
+        {"force in xboard mode", "force", 1, CMD_FORCE},
+        {"white", "white", 1, CMD_POSITION},
+        {"undo at the start", "undo", 1, CMD_POSITION},
+        {"beep on the console", "beep", 0, CMD_NONE},
+        {"beep in xboard mode", "beep", 1, CMD_DONE},
+        {"comment", "# go", 1, CMD_DONE},
+        {"go is the loop's", "go", 1, CMD_NONE},
+        {"new is the loop's", "new", 1, CMD_NONE},
+        {"quit is the loop's", "quit", 1, CMD_NONE},
         {"FEN line", "8/8/8/8/8/8/k7/2K5 b - -", 1, CMD_POSITION},
     };
     for (const auto& row : rows) {
@@ -131,9 +137,10 @@ TEST_F(Interpreter, SideToMoveKeepsTheKeyConsistent) {
 }
 
 TEST_F(Interpreter, TakeBacksRestorePositionAndKeys) {
-    engine.force_mode = 1;
+    engine.force_mode        = 1;
     const uint64_t start_key = game_->key;
-    for (const char* m : {"e2e4", "e7e5", "g1f3"}) run(m);
+    for (const char* m : {"e2e4", "e7e5", "g1f3"})
+        run(m);
     ASSERT_EQ(engine.ply, 3);
     const uint64_t after_two = game_->keyhist[2];
     run("undo");
@@ -145,7 +152,8 @@ TEST_F(Interpreter, TakeBacksRestorePositionAndKeys) {
     EXPECT_EQ(game_->key, start_key);
     EXPECT_EQ(game_->histidx, 0u);
     // A position set up mid-game restarts the key history; taking back past it must not underflow.
-    for (const char* m : {"e2e4", "e7e5"}) run(m);
+    for (const char* m : {"e2e4", "e7e5"})
+        run(m);
     run("4k3/8/8/8/8/8/8/4K3 w - -");
     run("undo 2");
     EXPECT_EQ(engine.ply, 0);

@@ -11,12 +11,12 @@
 
 namespace {
 
-const std::string WHITE1 = "#White(1): ";
-const std::string BLACK1 = "#Black(1): ";
+const std::string WHITE1    = "#White(1): ";
+const std::string BLACK1    = "#Black(1): ";
 const std::string START_FEN = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -";
 
-const std::string FRAME = "   ************************\n";
-const std::string FILES = "    a  b  c  d  e  f  g  h\n";
+const std::string FRAME      = "   ************************\n";
+const std::string FILES      = "    a  b  c  d  e  f  g  h\n";
 const std::string EMPTY_RANK = " *  *  *  *  *  *  *  * |\n";
 
 std::string start_diagram() {
@@ -53,14 +53,14 @@ TEST(Console, SavePositionRoundTrips) {
     const Row rows[] = {
         {"setboard start", "setboard rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1",
          "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -", "#White(1): "},
-        {"bare FEN line keeps its case", "r3k2r/8/8/8/8/8/8/R3K2R b Kq - 5 40", "r3k2r/8/8/8/8/8/8/R3K2R b Kq -",
-         "#Black(1): "},
-        {"castling letters in any order", "r3k2r/8/8/8/8/8/8/R3K2R w qkQK -", "r3k2r/8/8/8/8/8/8/R3K2R w KQkq -",
-         "#White(1): "},
-        {"usable en-passant square kept", "setboard 4k3/8/8/8/3pP3/8/8/4K3 b - e3 0 1", "4k3/8/8/8/3pP3/8/8/4K3 b - e3",
-         "#Black(1): "},
-        {"unusable en-passant square dropped", "4k3/8/8/8/4P3/8/8/4K3 b - e3 0 1", "4k3/8/8/8/4P3/8/8/4K3 b - -",
-         "#Black(1): "},
+        {"bare FEN line keeps its case", "r3k2r/8/8/8/8/8/8/R3K2R b Kq - 5 40",
+         "r3k2r/8/8/8/8/8/8/R3K2R b Kq -", "#Black(1): "},
+        {"castling letters in any order", "r3k2r/8/8/8/8/8/8/R3K2R w qkQK -",
+         "r3k2r/8/8/8/8/8/8/R3K2R w KQkq -", "#White(1): "},
+        {"usable en-passant square kept", "setboard 4k3/8/8/8/3pP3/8/8/4K3 b - e3 0 1",
+         "4k3/8/8/8/3pP3/8/8/4K3 b - e3", "#Black(1): "},
+        {"unusable en-passant square dropped", "4k3/8/8/8/4P3/8/8/4K3 b - e3 0 1",
+         "4k3/8/8/8/4P3/8/8/4K3 b - -", "#Black(1): "},
         {"bench position 4", "6k1/p4pbp/qp2r1p1/3Q4/8/7P/PPRB1PP1/6K1 b - - 0 32",
          "6k1/p4pbp/qp2r1p1/3Q4/8/7P/PPRB1PP1/6K1 b - -", "#Black(1): "},
     };
@@ -78,24 +78,36 @@ TEST(Console, FlipAndFlop) {
         const char* prompt;
     };
     const Row rows[] = {
-        {"flip of the start position", {"flip"}, "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq -",
+        {"flip of the start position",
+         {"flip"},
+         "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq -",
          "#Black(1): "},
-        {"flip turns ranks and colours", {"8/k7/3p4/p2P1p2/P2P1P2/8/8/K7 w - -", "flip"},
-         "k7/8/8/p2p1p2/P2p1P2/3P4/K7/8 b - -", "#Black(1): "},
-        {"flip exchanges castling rights", {"r3k3/8/8/8/8/8/8/4K2R w Kq -", "flip"},
-         "4k2r/8/8/8/8/8/8/R3K3 b Qk -", "#Black(1): "},
-        {"flip moves the en-passant square", {"4k3/8/8/8/3pP3/8/8/4K3 b - e3", "flip"},
-         "4k3/8/8/3Pp3/8/8/8/4K3 w - e6", "#White(1): "},
-        {"flop with castling rights changes nothing", {"flop"}, "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -",
+        {"flip turns ranks and colours",
+         {"8/k7/3p4/p2P1p2/P2P1P2/8/8/K7 w - -", "flip"},
+         "k7/8/8/p2p1p2/P2p1P2/3P4/K7/8 b - -",
+         "#Black(1): "},
+        {"flip exchanges castling rights",
+         {"r3k3/8/8/8/8/8/8/4K2R w Kq -", "flip"},
+         "4k2r/8/8/8/8/8/8/R3K3 b Qk -",
+         "#Black(1): "},
+        {"flip moves the en-passant square",
+         {"4k3/8/8/8/3pP3/8/8/4K3 b - e3", "flip"},
+         "4k3/8/8/3Pp3/8/8/8/4K3 w - e6",
          "#White(1): "},
-        {"flop turns files", {"8/k7/3p4/p2P1p2/P2P1P2/8/8/K7 w - -", "flop"},
-         "8/7k/4p3/2p1P2p/2P1P2P/8/8/7K w - -", "#White(1): "},
+        {"flop with castling rights changes nothing",
+         {"flop"},
+         "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -",
+         "#White(1): "},
+        {"flop turns files",
+         {"8/k7/3p4/p2P1p2/P2P1P2/8/8/K7 w - -", "flop"},
+         "8/7k/4p3/2p1P2p/2P1P2P/8/8/7K w - -",
+         "#White(1): "},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         std::vector<std::string> input = row.input;
         input.push_back("savepos");
-        const std::string out = session(input);
+        const std::string out  = session(input);
         const std::string tail = std::string(row.saved) + "\n" + row.prompt;
         ASSERT_GE(out.size(), tail.size());
         EXPECT_EQ(out.substr(out.size() - tail.size()), tail);
@@ -109,16 +121,17 @@ TEST(Console, FlipAndFlop) {
 // "from to" coordinates of a move text as the move word.
 unsigned move_word(const char* text) {
     const unsigned from = static_cast<unsigned>(text[0] - 'a' + 8 * (text[1] - '1'));
-    const unsigned to = static_cast<unsigned>(text[2] - 'a' + 8 * (text[3] - '1'));
+    const unsigned to   = static_cast<unsigned>(text[2] - 'a' + 8 * (text[3] - '1'));
     return from * 64 + to;
 }
 
 TEST(Console, ListOfMoves) {
     // The driver lists captures, then quiet moves, in generation order.
-    const char* start_moves[] = {"a2a3", "b2b3", "c2c3", "d2d3", "e2e3", "f2f3", "g2g3", "h2h3", "a2a4", "b2b4",
-                                 "c2c4", "d2d4", "e2e4", "f2f4", "g2g4", "h2h4", "b1a3", "b1c3", "g1f3", "g1h3"};
-    std::string expected = " #  Move   Value  Capture  mv:";
-    int n = 0;
+    const char* start_moves[] = {"a2a3", "b2b3", "c2c3", "d2d3", "e2e3", "f2f3", "g2g3",
+                                 "h2h3", "a2a4", "b2b4", "c2c4", "d2d4", "e2e4", "f2f4",
+                                 "g2g4", "h2h4", "b1a3", "b1c3", "g1f3", "g1h3"};
+    std::string expected      = " #  Move   Value  Capture  mv:";
+    int n                     = 0;
     for (const char* m : start_moves) {
         char line[64];
         std::snprintf(line, sizeof line, "\n%2d  %2s %6d %6d %u", ++n, m, 0, 15, move_word(m));
@@ -154,7 +167,7 @@ TEST(Console, ListOfGameMoves) {
         SCOPED_TRACE(row.name);
         std::vector<std::string> input = row.input;
         input.push_back("list game");
-        const std::string out = session(input);
+        const std::string out    = session(input);
         const std::string listed = row.listed;
         ASSERT_GE(out.size(), listed.size());
         const size_t prompt_at = out.rfind('#');
@@ -165,8 +178,8 @@ TEST(Console, ListOfGameMoves) {
 
 TEST(Console, ReceivedMovesInForceMode) {
     EXPECT_EQ(session({"force", "e2e4", "e7e5", "e1e2", "undo", "savepos"}),
-              WHITE1 + "#move_number = 0   (1)\n" + BLACK1 + "#move_number = 1   (2)\n" + "#White(2): " +
-                  "#move_number = 2   (2)\n" + "#Black(2): " + "#White(2): " +
+              WHITE1 + "#move_number = 0   (1)\n" + BLACK1 + "#move_number = 1   (2)\n" +
+                  "#White(2): " + "#move_number = 2   (2)\n" + "#Black(2): " + "#White(2): " +
                   "rnbqkbnr/pppp1ppp/8/4p3/4P3/8/PPPP1PPP/RNBQKBNR w KQkq -\n#White(2): ");
 }
 
@@ -266,17 +279,24 @@ TEST(Console, PerftLines) {
         const char* rest;
     };
     const Row rows[] = {
-        {"start depth 1", {"perft 1"}, "20",
+        {"start depth 1",
+         {"perft 1"},
+         "20",
          " total captures 0\ttotal en passant 0\n total castles  0\ttotal checks 0\n"
          " total promotes 0\ttotal checkmates 0\n"},
-        {"start depth 3", {"perft 3"}, "8902",
+        {"start depth 3",
+         {"perft 3"},
+         "8902",
          " total captures 34\ttotal en passant 0\n total castles  0\ttotal checks 0\n"
          " total promotes 0\ttotal checkmates 0\n"},
-        {"castling position depth 2", {"r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq -", "perft 2"},
+        {"castling position depth 2",
+         {"r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq -", "perft 2"},
          "2039",
          " total captures 351\ttotal en passant 1\n total castles  91\ttotal checks 0\n"
          " total promotes 0\ttotal checkmates 0\n"},
-        {"mated side", {"7k/6Q1/6K1/8/8/8/8/8 b - -", "perft 1"}, "0",
+        {"mated side",
+         {"7k/6Q1/6K1/8/8/8/8/8 b - -", "perft 1"},
+         "0",
          " total captures 0\ttotal en passant 0\n total castles  0\ttotal checks 0\n"
          " total promotes 0\ttotal checkmates 1\n"},
     };

@@ -14,7 +14,7 @@ namespace {
 const std::string MOVE_RE = "[a-h][1-8][a-h][1-8][nbrq]?";
 // A thinking line after the depth: score, centiseconds, nodes, variation.
 const std::string THINKING_RE = " -?[0-9]+ [0-9]+ [0-9]+(?: " + MOVE_RE + ")*#?\n";
-const std::string TIMING_RE = "elap: [0-9]+\\.[0-9]{6}\nTotal Nodes=[0-9]+ nps: [0-9]+\n";
+const std::string TIMING_RE   = "elap: [0-9]+\\.[0-9]{6}\nTotal Nodes=[0-9]+ nps: [0-9]+\n";
 
 std::string console_session(const std::vector<std::string>& input) {
     EngineRun run = run_engine(input);
@@ -45,16 +45,20 @@ TEST(Game, ConsoleSessions) {
              THINKING_RE + "move " + MOVE_RE + "\n" + TIMING_RE + "#White\\(2\\): "},
         {"force then go moves for the side to move",
          {"sd 1", "force", "e2e4", "go", "list game"},
-         "#White\\(1\\): #White\\(1\\): #move_number = 0   \\(1\\)\n#Black\\(1\\): depth score time nodes pv\n1" +
-             THINKING_RE + "move (" + MOVE_RE + ")\n" + TIMING_RE + "#White\\(2\\): 1\\.e2e4 \\1 \n#White\\(2\\): "},
+         "#White\\(1\\): #White\\(1\\): #move_number = 0   \\(1\\)\n#Black\\(1\\): depth score time nodes "
+         "pv\n1" +
+             THINKING_RE + "move (" + MOVE_RE + ")\n" + TIMING_RE +
+             "#White\\(2\\): 1\\.e2e4 \\1 \n#White\\(2\\): "},
         {"single reply is played without a search",
          {"k7/8/8/8/8/8/1q6/K7 w - -", "go"},
          "#White\\(1\\): 0 -?[0-9]+ [0-9]+ 0 a1b2\nmove a1b2\nelap: [0-9]+\\.[0-9]{6}\nTotal Nodes=0 nps: 0\n"
          "#Black\\(1\\): "},
         {"mate by the opponent ends the game",
          {"sd 3", "k7/8/1K6/8/8/8/8/7Q w - -", "h1h8", "a8b8"},
-         "#White\\(1\\): #White\\(1\\): #move_number = 0   \\(1\\)\ndepth score time nodes pv\n([0-9]+" + THINKING_RE +
-             ")*move \\(none\\)\ntellics kibitz Good Game!\n#Black\\(1\\): Illegal move: a8b8\n#Black\\(1\\): "},
+         "#White\\(1\\): #White\\(1\\): #move_number = 0   \\(1\\)\ndepth score time nodes pv\n([0-9]+" +
+             THINKING_RE +
+             ")*move \\(none\\)\ntellics kibitz Good Game!\n#Black\\(1\\): Illegal move: "
+             "a8b8\n#Black\\(1\\): "},
         {"engine mates, then has no move for the other side",
          {"sd 3", "6k1/5ppp/8/8/8/8/8/R5K1 w - -", "go", "go", "list game", "h7h6"},
          "#White\\(1\\): #White\\(1\\): depth score time nodes pv\n([0-9]+" + THINKING_RE + ")+move a1a8\n" +
@@ -101,7 +105,8 @@ TEST(Game, XBoardSelfPlayThroughGo) {
     }
     engine.send("list game");
     EngineRun run = engine.finish();
-    for (auto it = std::sregex_iterator(run.out.begin(), run.out.end(), move_line); it != std::sregex_iterator(); ++it)
+    for (auto it = std::sregex_iterator(run.out.begin(), run.out.end(), move_line);
+         it != std::sregex_iterator(); ++it)
         moves.push_back((*it)[1]);
     ASSERT_EQ(moves.size(), 8u) << run.out;
     std::string listed;
@@ -134,7 +139,8 @@ TEST(Game, XBoardAnswersMovesAndTakesBack) {
     engine.send("undo");
     engine.send("undo");
     engine.send("savepos");
-    ASSERT_TRUE(engine.wait_for("rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq -\n")) << engine.output();
+    ASSERT_TRUE(engine.wait_for("rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq -\n"))
+        << engine.output();
     engine.send("remove");
     EngineRun run = engine.finish();
     EXPECT_EQ(run.status, 0);
@@ -151,7 +157,8 @@ TEST(Game, XBoardGamesToTheirEnd) {
     };
     const Row rows[] = {
         {"the opponent mates the engine", {"h1h8"}, "move (none)\ntellics kibitz Good Game!\n"},
-        {"a move after the end is refused", {"h1h8", "a8b8"},
+        {"a move after the end is refused",
+         {"h1h8", "a8b8"},
          "move (none)\ntellics kibitz Good Game!\nIllegal move: a8b8\n"},
     };
     for (const auto& row : rows) {
@@ -160,7 +167,8 @@ TEST(Game, XBoardGamesToTheirEnd) {
         engine.send("xboard");
         engine.send("sd 3");
         engine.send("k7/8/1K6/8/8/8/8/7Q w - -");
-        for (const auto& m : row.moves) engine.send(m);
+        for (const auto& m : row.moves)
+            engine.send(m);
         engine.send("ping 4");
         ASSERT_TRUE(engine.wait_for("pong 4\n")) << engine.output();
         EngineRun run = engine.finish();
@@ -250,13 +258,15 @@ TEST(Game, XBoardAnalysis) {
 std::vector<std::string> shuffle_moves(int plies) {
     const char* cycle[] = {"g1f3", "g8f6", "f3g1", "f6g8"};
     std::vector<std::string> moves;
-    for (int i = 0; i < plies; ++i) moves.push_back(cycle[i % 4]);
+    for (int i = 0; i < plies; ++i)
+        moves.push_back(cycle[i % 4]);
     return moves;
 }
 
 TEST(Game, HistoryOverflowEndsTheProgram) {
     std::vector<std::string> input = {"xboard", "force"};
-    for (const auto& m : shuffle_moves(770)) input.push_back(m);
+    for (const auto& m : shuffle_moves(770))
+        input.push_back(m);
     input.push_back("ping 1");
     EngineRun run = run_engine(input);
     ASSERT_TRUE(run.exited);
@@ -271,7 +281,8 @@ TEST(Game, EngineMovesTakeTheSameHistoryLimit) {
     engine.send("xboard");
     engine.send("sd 1");
     engine.send("force");
-    for (const auto& m : shuffle_moves(768)) engine.send(m);
+    for (const auto& m : shuffle_moves(768))
+        engine.send(m);
     engine.send("ping 2");
     ASSERT_TRUE(engine.wait_for("pong 2\n"));
     engine.send("go");

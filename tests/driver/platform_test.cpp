@@ -56,7 +56,9 @@ TEST(Platform, ReadLineCutsLinesAndPieces) {
         {"long line in pieces", "abcdefghij\nk\n", 5, {"abcd", "efgh", "ij", "k"}},
         {"piece ending right before the newline", "abcd\nef\n", 5, {"abcd", "", "ef"}},
         {"nothing at all", "", 64, {}},
-        {"line longer than the reader's own buffer", std::string(70000, 'x') + "\nend\n", 65536,
+        {"line longer than the reader's own buffer",
+         std::string(70000, 'x') + "\nend\n",
+         65536,
          {std::string(65535, 'x'), std::string(4465, 'x'), "end"}},
     };
     for (const auto& row : rows) {
@@ -69,7 +71,8 @@ TEST(Platform, ReadLineCutsLinesAndPieces) {
         });
         std::vector<std::string> got;
         std::vector<char> buf(static_cast<size_t>(row.size));
-        while (read_line(buf.data(), row.size)) got.emplace_back(buf.data());
+        while (read_line(buf.data(), row.size))
+            got.emplace_back(buf.data());
         writer.join();
         EXPECT_EQ(got, row.pieces);
     }

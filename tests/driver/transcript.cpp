@@ -37,28 +37,30 @@ int remaining_ms(Clock::time_point deadline) {
 
 EngineProcess::EngineProcess(const EngineSetup& setup) : dir_(make_temp_dir()) {
     if (setup.settings) write_file(dir_ + "/mo.ini", *setup.settings);
-    for (const auto& [name, contents] : setup.files) write_file(dir_ + "/" + name, contents);
+    for (const auto& [name, contents] : setup.files)
+        write_file(dir_ + "/" + name, contents);
 
     int in_pipe[2], out_pipe[2], err_pipe[2];
     if (pipe(in_pipe) != 0 || pipe(out_pipe) != 0 || pipe(err_pipe) != 0)
         throw std::runtime_error("pipe failed");
-    const char* bin = MORVAINE_BIN;
+    const char* bin       = MORVAINE_BIN;
     const std::string dir = dir_;
-    pid_ = fork();
+    pid_                  = fork();
     if (pid_ < 0) throw std::runtime_error("fork failed");
     if (pid_ == 0) {
         if (chdir(dir.c_str()) != 0) _exit(126);
         dup2(in_pipe[0], 0);
         dup2(out_pipe[1], 1);
         dup2(err_pipe[1], 2);
-        for (int fd : {in_pipe[0], in_pipe[1], out_pipe[0], out_pipe[1], err_pipe[0], err_pipe[1]}) close(fd);
+        for (int fd : {in_pipe[0], in_pipe[1], out_pipe[0], out_pipe[1], err_pipe[0], err_pipe[1]})
+            close(fd);
         execl(bin, bin, static_cast<char*>(nullptr));
         _exit(127);
     }
     close(in_pipe[0]);
     close(out_pipe[1]);
     close(err_pipe[1]);
-    in_ = in_pipe[1];
+    in_     = in_pipe[1];
     out_fd_ = out_pipe[0];
     err_fd_ = err_pipe[0];
     // A child that exits before reading everything must not kill the test with SIGPIPE.
@@ -134,7 +136,7 @@ bool EngineProcess::wait_for(const std::string& text, int timeout_ms) {
 std::string EngineProcess::take() {
     pump(0);
     std::string rest = out_.substr(cursor_);
-    cursor_ = out_.size();
+    cursor_          = out_.size();
     return rest;
 }
 
@@ -148,7 +150,7 @@ EngineRun EngineProcess::finish(int timeout_ms) {
     while (pid_ > 0) {
         pid_t r = waitpid(pid_, &status, WNOHANG);
         if (r == pid_) {
-            pid_ = -1;
+            pid_       = -1;
             run.exited = true;
             run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
             break;
@@ -163,6 +165,7 @@ EngineRun EngineProcess::finish(int timeout_ms) {
 
 EngineRun run_engine(const std::vector<std::string>& lines, const EngineSetup& setup, int timeout_ms) {
     EngineProcess engine(setup);
-    for (const auto& line : lines) engine.send(line);
+    for (const auto& line : lines)
+        engine.send(line);
     return engine.finish(timeout_ms);
 }

@@ -12,12 +12,12 @@
 struct EngineRun {
     std::string out;     // everything written to stdout
     std::string err;     // everything written to stderr (the engine should write nothing there)
-    int status = -1;     // exit status, -1 when it did not exit normally
+    int status  = -1;    // exit status, -1 when it did not exit normally
     bool exited = false; // ended by itself within the time allowed
 };
 
 struct EngineSetup {
-    std::optional<std::string> settings;                     // contents of mo.ini, none when absent
+    std::optional<std::string> settings;                    // contents of mo.ini, none when absent
     std::vector<std::pair<std::string, std::string>> files; // more files for the working directory
 };
 
@@ -25,7 +25,7 @@ class EngineProcess {
   public:
     explicit EngineProcess(const EngineSetup& setup = {});
     ~EngineProcess();
-    EngineProcess(const EngineProcess&) = delete;
+    EngineProcess(const EngineProcess&)            = delete;
     EngineProcess& operator=(const EngineProcess&) = delete;
 
     // Writes one line and its newline.
@@ -58,5 +58,5 @@ EngineRun run_engine(const std::vector<std::string>& lines, const EngineSetup& s
 
 // What the engine prints before its first prompt, without and with a settings file.
 inline const std::string STARTUP_LINES = "Morvaine v2.0.34\nthreads=1\nhash=128MB\n";
-inline const std::string NO_SETTINGS = "mo.ini file not found\n";
-inline const std::string END_OF_INPUT = "found exit EXIT_FAILURE\n";
+inline const std::string NO_SETTINGS   = "mo.ini file not found\n";
+inline const std::string END_OF_INPUT  = "found exit EXIT_FAILURE\n";
