@@ -80,4 +80,14 @@ TEST(Startup, LastLineWithoutNewlineIsStillRead) {
     EXPECT_EQ(run.out, STARTUP_LINES + NO_SETTINGS + PROMPT + "pong 4\n" + PROMPT + END_OF_INPUT);
 }
 
+TEST(Startup, ReaderGoneEndsTheProgramQuietly) {
+    EngineProcess engine;
+    ASSERT_TRUE(engine.wait_for(PROMPT));
+    engine.close_output();
+    // Input stays open: only the failed writes can end the program.
+    engine.send("help");
+    engine.send("d");
+    EXPECT_EQ(engine.wait_exit(), 0);
+}
+
 } // namespace

@@ -163,6 +163,26 @@ EngineRun EngineProcess::finish(int timeout_ms) {
     return run;
 }
 
+void EngineProcess::close_output() {
+    pump(0);
+    if (out_fd_ >= 0) close(out_fd_);
+    out_fd_ = -1;
+}
+
+int EngineProcess::wait_exit(int timeout_ms) {
+    const auto deadline = Clock::now() + std::chrono::milliseconds(timeout_ms);
+    while (pid_ > 0) {
+        int status = 0;
+        if (waitpid(pid_, &status, WNOHANG) == pid_) {
+            pid_ = -1;
+            return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        }
+        if (remaining_ms(deadline) == 0) return -1;
+        if (!pump(1)) usleep(1000);
+    }
+    return -1;
+}
+
 EngineRun run_engine(const std::vector<std::string>& lines, const EngineSetup& setup, int timeout_ms) {
     EngineProcess engine(setup);
     for (const auto& line : lines)

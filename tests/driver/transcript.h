@@ -38,6 +38,10 @@ class EngineProcess {
     std::string take();
     // Closes standard input, reads to the end and waits for the exit.
     EngineRun finish(int timeout_ms = 60000);
+    // Stops reading the engine's output: its next writes fail as with a GUI gone away.
+    void close_output();
+    // Waits for the engine to exit by itself, standard input left open; the exit status or -1.
+    int wait_exit(int timeout_ms = 60000);
     const std::string& output() const { return out_; }
     const std::string& directory() const { return dir_; }
 
