@@ -6,7 +6,9 @@
 #include <cstring>
 #include <mutex>
 
+#include "board/attacks.h"
 #include "board/fen.h"
+#include "board/makemove.h"
 #include "board/notation.h"
 #include "driver/commands.h"
 #include "driver/engine_state.h"
@@ -61,6 +63,25 @@ TimeAllotment compute_limits(int depth_limit, int move_time, int time_left, int 
     ta.hard_limit      = hard > 0 ? static_cast<uint64_t>(hard) : 0;
     ta.set_time_limits = true;
     return ta;
+}
+
+bool position_searchable(const Position& p) {
+    int kings[2] = {0, 0};
+    for (int sq = 0; sq < 64; ++sq)
+        if (p.board[sq] != EMPTY && piece_type(p.board[sq]) == KING) ++kings[piece_colour(p.board[sq])];
+    if (kings[WHITE] != 1 || kings[BLACK] != 1) return false;
+    if (p.wking >= 64 || p.bking >= 64 || p.board[p.wking] != piece_code(WHITE, KING) ||
+        p.board[p.bking] != piece_code(BLACK, KING))
+        return false;
+    // A castling move starts from the king's home square whatever stands there.
+    if ((p.cflag & 3) && p.wking != E1) return false;
+    if ((p.cflag & 12) && p.bking != E8) return false;
+    // The king of the side not to move must not stand capturable (kings side by side included).
+    if (king_attacks[p.wking] & bit(p.bking)) return false;
+    Position other = p;
+    other.side ^= 1;
+    set_pins(other);
+    return !other.incheck;
 }
 
 void reset_search_control() {
@@ -149,6 +170,18 @@ static void input_check(SearchThread& game) {
     }
 }
 
+// The answer in the dialect's form: UCI gets the final info line and "bestmove"; the others get
+// "move" unless the search was a ponder search or an analysis.
+static void print_result() {
+    const Move best = sc.pv_table[0][0];
+    if (engine.uci_mode.load(std::memory_order_relaxed)) {
+        print_info();
+        std::printf("bestmove %s\n", move_text(best));
+    } else if (!engine.pondering && !engine.analyze_mode) {
+        std::printf("move %s\n", move_text(best));
+    }
+}
+
 void think(SearchThread& game) {
     const TimeAllotment ta = compute_limits(engine.depth_limit, engine.move_time, engine.time_left,
                                             engine.increment, engine.moves_to_go);
@@ -157,6 +190,14 @@ void think(SearchThread& game) {
     if (ta.set_time_limits) std::copy(std::begin(ta.time_limits), std::end(ta.time_limits), sc.time_limits);
     sc.search_start = get_ms();
     pst_init(*game.pos);
+    if (!position_searchable(*game.pos)) {
+        // Nothing is searched: the answer is no move, with no nodes counted.
+        std::memset(sc.pv_table[0], 0, sizeof sc.pv_table[0]);
+        for (int i = 0; i < thread_count(); ++i)
+            set_thread_nodes(search_record(i), 0);
+        print_result();
+        return;
+    }
     start_search(game);
 
     while (!sc.stop.load(std::memory_order_relaxed)) {
@@ -171,12 +212,5 @@ void think(SearchThread& game) {
         sleep_ms(POLL_MS);
     }
     join_search();
-
-    const Move best = sc.pv_table[0][0];
-    if (engine.uci_mode.load(std::memory_order_relaxed)) {
-        print_info();
-        std::printf("bestmove %s\n", move_text(best));
-    } else if (!engine.pondering && !engine.analyze_mode) {
-        std::printf("move %s\n", move_text(best));
-    }
+    print_result();
 }

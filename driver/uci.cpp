@@ -50,7 +50,7 @@ static Move legal_move_named(SearchThread& game, const char* token, size_t lengt
 
 // The moves after "moves", played on the game record while each one is legal where it stands;
 // the first token that is not ends the list, and so does a key history with no room left for a
-// search.
+// search or a position set up from broken text, where a "legal" move could take a king.
 static void play_move_list(SearchThread& game, const char* cursor) {
     const char* p = std::strstr(cursor, "moves");
     if (!p) return;
@@ -60,7 +60,7 @@ static void play_move_list(SearchThread& game, const char* cursor) {
             ++p;
         if (*p == '\0') return;
         const size_t length = std::strcspn(p, " \t\r\n");
-        if (game.histidx >= MAX_ROOT_HISTIDX) return;
+        if (game.histidx >= MAX_ROOT_HISTIDX || !position_searchable(*game.pos)) return;
         const Move m = legal_move_named(game, p, length);
         if (m == 0) return;
         commit_move(game, m);

@@ -1,10 +1,12 @@
-// Time allotment: the depth, move-time and clock modes turned into limits.
+// Search control: the depth, move-time and clock modes turned into limits, and the positions a
+// search may run on.
 
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cstdint>
 
+#include "bench/search_harness.h"
 #include "driver/control.h"
 
 namespace {
@@ -88,6 +90,39 @@ TEST(TimeAllotment, DepthAndMoveTimeModes) {
         EXPECT_EQ(ta.max_depth, r.max_depth);
         EXPECT_EQ(ta.hard_limit, r.hard);
     }
+}
+
+struct SearchableRow {
+    const char* name;
+    const char* fen;
+    bool searchable;
+};
+
+// Broken set-ups the search must not run on (it would take a king or castle with an empty square).
+TEST(SearchControl, PositionSearchable) {
+    harness_tables_init();
+    // clang-format off
+    const SearchableRow rows[] = {
+        {"start position", "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -", true},
+        {"castling rights without rooks", "4k3/8/8/8/8/8/8/4K3 w KQkq -", true},
+        {"side to move in check", "4k3/8/8/8/8/8/4q3/4K3 w - -", true},
+        {"side not to move in check", "4k3/8/8/8/8/8/4q3/4K3 b - -", false},
+        {"kings side by side", "8/8/8/8/8/8/8/kK6 w - -", false},
+        {"no black king", "K7/8/8/8/8/8/8/8 w - -", false},
+        {"empty board", "8/8/8/8/8/8/8/8 w - -", false},
+        {"two white kings", "4k3/8/8/8/8/8/8/3KK3 w - -", false},
+        {"white rights with the king off e1", "4k3/8/8/8/8/8/8/3K3R w K -", false},
+        {"black rights with the king off e8", "r2k3r/8/8/8/8/8/8/4K3 w q -", false},
+        {"white king off e1 without rights", "4k3/8/8/8/8/8/8/3K3R w kq -", true},
+    };
+    // clang-format on
+    SearchThread* game = new SearchThread{};
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.name);
+        setboard(*game, r.fen);
+        EXPECT_EQ(position_searchable(game->stack[0]), r.searchable);
+    }
+    delete game;
 }
 
 } // namespace
