@@ -190,15 +190,17 @@ void think(SearchThread& game) {
     if (ta.set_time_limits) std::copy(std::begin(ta.time_limits), std::end(ta.time_limits), sc.time_limits);
     sc.search_start = get_ms();
     pst_init(*game.pos);
-    if (!position_searchable(*game.pos)) {
-        // Nothing is searched: the answer is no move, with no nodes counted.
+    if (position_searchable(*game.pos)) {
+        start_search(game);
+    } else {
+        // Nothing is searched: the answer is no move, with no nodes counted. An XBoard analysis
+        // still waits for the line that ends it, as it would beside a search; all else ends now.
         std::memset(sc.pv_table[0], 0, sizeof sc.pv_table[0]);
         for (int i = 0; i < thread_count(); ++i)
             set_thread_nodes(search_record(i), 0);
-        print_result();
-        return;
+        if (!engine.xboard_mode.load(std::memory_order_relaxed) || !engine.analyze_mode)
+            sc.stop.store(1, std::memory_order_relaxed);
     }
-    start_search(game);
 
     while (!sc.stop.load(std::memory_order_relaxed)) {
         {

@@ -16,6 +16,7 @@ struct AnalysisRow {
     const char* name;
     std::vector<std::string> input;
     int status_lines;     // "stat01" lines expected
+    int legal_count;      // the legal moves the status line reports
     bool book_reply;      // the "bk" reply (a tab, an empty listing, an empty line) expected
     std::string contains; // text that must appear after the analysis began
 };
@@ -24,15 +25,19 @@ TEST(AnalysisInput, DotBkAndTheLineThatEnds) {
     const std::string END = "found exit EXIT_FAILURE\n";
     // clang-format off
     const AnalysisRow rows[] = {
-        {"dot with post on", {"xboard", "post", "analyze", ".", "exit"}, 1, false, "\n"},
-        {"dot twice", {"xboard", "post", "analyze", ".", ".", "exit"}, 2, false, "\n"},
-        {"dot with post off", {"xboard", "nopost", "analyze", ".", "exit"}, 0, false, "\n"},
-        {"bk keeps the analysis going", {"xboard", "analyze", "bk", "exit"}, 0, true, "\n"},
+        {"dot with post on", {"xboard", "post", "analyze", ".", "exit"}, 1, 20, false, "\n"},
+        {"dot twice", {"xboard", "post", "analyze", ".", ".", "exit"}, 2, 20, false, "\n"},
+        {"dot with post off", {"xboard", "nopost", "analyze", ".", "exit"}, 0, 20, false, "\n"},
+        {"bk keeps the analysis going", {"xboard", "analyze", "bk", "exit"}, 0, 20, true, "\n"},
+        // Nothing to search in a broken set-up, but the analysis still answers and waits for "exit".
+        {"broken set-up", {"xboard", "post", "setboard kK6/8/8/8/8/8/8/8 w - -", "analyze", ".", "exit"},
+         1, 3, false, " 0 0 3 3 (none)\n"},
     };
     // clang-format on
-    static const std::regex status(R"(stat01: \d+ \d+ \d+ -?\d+ 20 (\(none\)|[a-h][1-8][a-h][1-8]))");
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
+        const std::regex status(R"(stat01: \d+ \d+ \d+ -?\d+ )" + std::to_string(r.legal_count) +
+                                R"( (\(none\)|[a-h][1-8][a-h][1-8]))");
         const EngineRun run = run_engine(r.input);
         ASSERT_TRUE(run.exited);
         EXPECT_EQ(run.err, "");
