@@ -427,6 +427,14 @@ constexpr Command commands[] = {
 
 } // namespace
 
+// A castling right whose king is not on its home square would let the generators offer a
+// castling move from an empty square; such rights are dropped (the key is computed afterwards).
+static void drop_unusable_castling(Position& p) {
+    constexpr uint8_t WHITE_RIGHTS = 1 | 2, BLACK_RIGHTS = 4 | 8;
+    if (p.board[E1] != piece_code(WHITE, KING)) p.cflag &= static_cast<uint8_t>(~WHITE_RIGHTS);
+    if (p.board[E8] != piece_code(BLACK, KING)) p.cflag &= static_cast<uint8_t>(~BLACK_RIGHTS);
+}
+
 // A line with more than six slashes is a position, whatever its first word.
 static bool is_fen_line(const char* line) {
     int slashes = 0;
@@ -442,6 +450,7 @@ int parse_command(SearchThread& game) {
         // "setboard" and one blank come before the position text.
         const bool prefixed = token_count > 0 && std::strcmp(tokens[0], "setboard") == 0;
         setboard(game, prefixed ? line + 9 : line);
+        drop_unusable_castling(*game.pos);
         new_game(game);
         game.pos->phase = compute_phase(*game.pos);
         return CMD_POSITION;

@@ -63,9 +63,20 @@ static void no_legal_move() {
     engine.single_reply = 0;
 }
 
+bool position_playable(const Position& p) {
+    int kings[2] = {0, 0};
+    for (int sq = 0; sq < 64; ++sq)
+        if (p.board[sq] != EMPTY && piece_type(p.board[sq]) == KING) ++kings[piece_colour(p.board[sq])];
+    if (kings[WHITE] != 1 || kings[BLACK] != 1) return false;
+    Position other = p;
+    other.side ^= 1;
+    set_pins(other);
+    return !other.incheck;
+}
+
 void generate_legal_moves(SearchThread& game, bool clear_stop) {
     Move only             = 0;
-    const uint32_t passed = fill_legal_moves(*game.pos, only);
+    const uint32_t passed = position_playable(*game.pos) ? fill_legal_moves(*game.pos, only) : 0;
     if (passed == 0)
         no_legal_move();
     else
@@ -168,6 +179,13 @@ LoopStep engine_thinks(SearchThread& game) {
     const int display_depth = engine.display_depth;
     engine.display_depth    = 0;
 
+    if (!position_playable(*game.pos)) {
+        // Nothing to search: answered as a position without a legal move.
+        set_best_move(0);
+        engine.display_depth = display_depth;
+        if (!engine.analyze_mode && !engine.pondering) std::printf("move %s\n", move_text(0));
+        return after_move(game);
+    }
     if (engine.book_mode) {
         const Move m = book_probe(game);
         // In analysis a book move is only listed (by the probe) and the position is searched.

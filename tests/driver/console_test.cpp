@@ -61,6 +61,8 @@ TEST(Console, SavePositionRoundTrips) {
          "4k3/8/8/8/3pP3/8/8/4K3 b - e3", "#Black(1): "},
         {"unusable en-passant square dropped", "4k3/8/8/8/4P3/8/8/4K3 b - e3 0 1",
          "4k3/8/8/8/4P3/8/8/4K3 b - -", "#Black(1): "},
+        {"castling rights without their king at home are dropped", "k7/8/8/8/8/8/8/K7 w KQkq -",
+         "k7/8/8/8/8/8/8/K7 w - -", "#White(1): "},
         {"bench position 4", "6k1/p4pbp/qp2r1p1/3Q4/8/7P/PPRB1PP1/6K1 b - - 0 32",
          "6k1/p4pbp/qp2r1p1/3Q4/8/7P/PPRB1PP1/6K1 b - -", "#Black(1): "},
     };

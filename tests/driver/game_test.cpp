@@ -54,7 +54,7 @@ TEST(Game, ConsoleSessions) {
          "#White\\(1\\): 0 -?[0-9]+ [0-9]+ 0 a1b2\nmove a1b2\nelap: [0-9]+\\.[0-9]{6}\nTotal Nodes=0 nps: 0\n"
          "#Black\\(1\\): "},
         {"mate by the opponent ends the game",
-         {"sd 3", "k7/8/1K6/8/8/8/8/7Q w - -", "h1h8", "a8b8"},
+         {"sd 3", "k7/8/1K6/8/8/8/7Q/8 w - -", "h2h8", "a8b8"},
          "#White\\(1\\): #White\\(1\\): #move_number = 0   \\(1\\)\ndepth score time nodes pv\n([0-9]+" +
              THINKING_RE +
              ")*move \\(none\\)\ntellics kibitz Good Game!\n#Black\\(1\\): Illegal move: "
@@ -86,6 +86,52 @@ TEST(Game, ConsoleSessions) {
         SCOPED_TRACE(row.name);
         const std::string out = console_session(row.input);
         EXPECT_TRUE(matches(out, row.pattern)) << out;
+    }
+}
+
+// Set-up text is never rejected, so whatever it describes must survive every command.
+TEST(Game, OddPositionsSurviveEveryCommand) {
+    const char* positions[] = {
+        "8/8/8/8/8/8/8/8 w - -",
+        "k7/8/8/8/8/8/8/K7 w KQkq e3",
+        "kkkk/KKKK/8/8/8/8/8/8 w KQkq -",
+        "QQQQQQQQ/QQQQQQQQ/QQQQQQQQ/8/8/k7/8/K7 w - -",
+        "pppppppp/pppppppp/8/8/8/8/PPPPPPPP/PPPPPPPP w - -",
+        "K7/8/8/8/8/8/8/k7 b - a3 0 1",
+        "zzzz/////// w",
+        "4k3/8/8/8/8/8/8/4K2R w KQkq -",
+        "4k3/8/8/8/8/8/8/4QK2 w - -",
+    };
+    for (const char* fen : positions) {
+        SCOPED_TRACE(fen);
+        EngineRun run = run_engine(
+            {fen, "list", "d", "sd 3", "go", "perft 2", "flip", "flop", "eval", "undo", "savepos", "go"});
+        ASSERT_TRUE(run.exited);
+        EXPECT_EQ(run.status, 0);
+        EXPECT_TRUE(run.out.ends_with(END_OF_INPUT)) << run.out;
+        EXPECT_EQ(run.err, "");
+    }
+}
+
+TEST(Game, PositionsTheRulesCannotReachAreNotSearched) {
+    struct Row {
+        const char* name;
+        std::vector<std::string> input;
+    };
+    const Row rows[] = {
+        {"side that has moved is in check", {"4k3/8/8/8/8/8/8/4QK2 w - -", "list", "go"}},
+        {"two white kings", {"4k3/8/8/8/8/8/8/K3K3 w - -", "list", "go"}},
+        {"no black king", {"8/8/8/8/8/8/8/4K3 w - -", "list", "go"}},
+        {"side to move switched into it", {"4k3/4Q3/8/8/8/8/8/4K3 b - -", "white", "list", "go"}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const std::string out = console_session(row.input);
+        EXPECT_NE(
+            out.find(" #  Move   Value  Capture  mv:\n#White(1): move (none)\ntellics kibitz Good Game!\n"),
+            std::string::npos)
+            << out;
+        EXPECT_EQ(out.find("depth score time nodes pv"), std::string::npos) << out;
     }
 }
 
@@ -156,9 +202,9 @@ TEST(Game, XBoardGamesToTheirEnd) {
         std::string ending;             // the last lines of the game
     };
     const Row rows[] = {
-        {"the opponent mates the engine", {"h1h8"}, "move (none)\ntellics kibitz Good Game!\n"},
+        {"the opponent mates the engine", {"h2h8"}, "move (none)\ntellics kibitz Good Game!\n"},
         {"a move after the end is refused",
-         {"h1h8", "a8b8"},
+         {"h2h8", "a8b8"},
          "move (none)\ntellics kibitz Good Game!\nIllegal move: a8b8\n"},
     };
     for (const auto& row : rows) {
@@ -166,7 +212,7 @@ TEST(Game, XBoardGamesToTheirEnd) {
         EngineProcess engine;
         engine.send("xboard");
         engine.send("sd 3");
-        engine.send("k7/8/1K6/8/8/8/8/7Q w - -");
+        engine.send("k7/8/1K6/8/8/8/7Q/8 w - -");
         for (const auto& m : row.moves)
             engine.send(m);
         engine.send("ping 4");
