@@ -81,7 +81,11 @@ TEST(UciTranscript, ExactReplies) {
 
 // The engine keeps reading after the end of its input in UCI mode; it does not leave by itself.
 TEST(UciTranscript, EndOfInputDoesNotEndTheLoop) {
-    const EngineRun run = run_engine({"uci", "isready"}, {}, 1500);
+    EngineProcess engine;
+    engine.send("uci");
+    engine.send("isready");
+    ASSERT_TRUE(engine.wait_for("readyok\n"));
+    const EngineRun run = engine.finish(1500);
     EXPECT_FALSE(run.exited);
     EXPECT_EQ(run.out, BEFORE_UCI + "readyok\n");
 }
@@ -159,18 +163,19 @@ struct ClockRow {
     std::vector<std::string> input;
 };
 
-// Only the side to move's clock counts. With 1 ms on it the search is cut right after the first
-// best move of depth 14 (the hard limit waits for that depth); had the other clock (ten minutes)
-// been read, the soft limits would carry it to deeper iterations.
+// Only the side to move's clock counts. With 1 ms and an increment on it every soft limit is 1 ms,
+// so thread 0 starts no iteration after depth 14 (the first one that consults them), and the hard
+// limit, should it strike first, cuts depth 14 itself: the last depth is 14 either way. Had the
+// other clock (ten minutes, no increment) been read, the search would go on deeper.
 TEST(UciTranscript, ClockOfTheSideToMove) {
     // clang-format off
     const ClockRow rows[] = {
         {"black to move reads btime",
          {"position fen rnb2rk1/pp1nppbp/1qp3p1/P2pP3/3P4/2N1BN1P/1PP1BPP1/R2QK2R b KQ - 0 1",
-          "go wtime 600000 btime 1 winc 5000 binc 0"}},
+          "go wtime 600000 btime 1 winc 0 binc 500"}},
         {"white to move reads wtime",
          {"position fen 3r1k2/4npp1/1ppr3p/p6P/P2PPPP1/1NR5/5K2/2R5 w - - 0 1",
-          "go wtime 1 btime 600000 winc 0 binc 5000"}},
+          "go wtime 1 btime 600000 winc 500 binc 0"}},
     };
     // clang-format on
     for (const auto& r : rows) {

@@ -46,9 +46,9 @@ class PipedStdin {
     int fds[2] = {-1, -1};
 };
 
-// Waits up to two seconds for input_ready; the watcher looks every 4 ms.
+// Waits up to ten seconds for input_ready; the watcher looks every 4 ms.
 bool ready_within_a_while() {
-    for (int i = 0; i < 400; ++i) {
+    for (int i = 0; i < 2000; ++i) {
         if (engine.input_ready.load()) return true;
         sleep_ms(5);
     }
