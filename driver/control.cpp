@@ -156,6 +156,9 @@ static void input_check(SearchThread& game) {
     if (engine.xboard_mode.load(std::memory_order_relaxed)) {
         if (!engine.input_ready.load(std::memory_order_relaxed)) return;
         engine.input_ready.store(0, std::memory_order_relaxed);
+        // The watcher may have seen a line that the command loop read just before this search
+        // began; only input still waiting (or the end of it) counts.
+        if (!input_pending()) return;
         // Outside analysis the line stays unread: the command loop takes it after the move.
         if (engine.analyze_mode)
             analysis_input(game);
