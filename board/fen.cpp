@@ -5,6 +5,7 @@
 
 #include "board/keys.h"
 #include "board/makemove.h"
+#include "board/playable.h"
 #include "eval/tables.h"
 #include "search/tt.h"
 
@@ -86,6 +87,9 @@ void setboard(SearchThread& game, const char* fen) {
         }
     }
 
+    // Rights the placement cannot back (a castling right without its king and rook at home, an
+    // en-passant square no pawn has just passed) would let make-move conjure or move the wrong men.
+    drop_unusable_rights(p);
     game.key        = full_key(p);
     game.histidx    = 0;
     game.keyhist[0] = game.key;

@@ -5,6 +5,7 @@
 
 #include "board/makemove.h"
 #include "board/movegen.h"
+#include "board/playable.h"
 #include "driver/platform.h"
 
 PerftTotals perft_totals;
@@ -112,7 +113,9 @@ void perft_command(SearchThread& game, int depth) {
     }
     perft_totals        = PerftTotals{};
     const int64_t start = get_ms();
-    perft(game, depth);
+    // A position no game can reach (two kings of a colour, a capturable king...) has nothing the
+    // generators could count safely: its totals stay 0.
+    if (position_playable(*game.pos)) perft(game, depth);
     const double seconds   = static_cast<double>(get_ms() - start) / 1000.0;
     const PerftTotals& tot = perft_totals;
     std::printf(" total moves = %" PRId64 " time = %.6f\n", tot.moves, seconds);

@@ -12,6 +12,7 @@
 #include "board/fen.h"
 #include "board/keys.h"
 #include "board/makemove.h"
+#include "board/playable.h"
 #include "book/polyglot.h"
 #include "driver/console.h"
 #include "driver/engine_state.h"
@@ -71,8 +72,10 @@ void take_back(SearchThread& game, int n) {
 
 // The side to move is part of the key and of the pin and check fields: keep them consistent.
 static void set_side(SearchThread& game, int side) {
-    Position& p                = *game.pos;
-    p.side                     = static_cast<uint8_t>(side);
+    Position& p = *game.pos;
+    p.side      = static_cast<uint8_t>(side);
+    // An en-passant square belongs to the side that was to move; the other side cannot use it.
+    drop_unusable_rights(p);
     game.key                   = full_key(p);
     game.keyhist[game.histidx] = game.key;
     set_pins(p);
@@ -427,14 +430,6 @@ constexpr Command commands[] = {
 
 } // namespace
 
-// A castling right whose king is not on its home square would let the generators offer a
-// castling move from an empty square; such rights are dropped (the key is computed afterwards).
-static void drop_unusable_castling(Position& p) {
-    constexpr uint8_t WHITE_RIGHTS = 1 | 2, BLACK_RIGHTS = 4 | 8;
-    if (p.board[E1] != piece_code(WHITE, KING)) p.cflag &= static_cast<uint8_t>(~WHITE_RIGHTS);
-    if (p.board[E8] != piece_code(BLACK, KING)) p.cflag &= static_cast<uint8_t>(~BLACK_RIGHTS);
-}
-
 // A line with more than six slashes is a position, whatever its first word.
 static bool is_fen_line(const char* line) {
     int slashes = 0;
@@ -450,7 +445,6 @@ int parse_command(SearchThread& game) {
         // "setboard" and one blank come before the position text.
         const bool prefixed = token_count > 0 && std::strcmp(tokens[0], "setboard") == 0;
         setboard(game, prefixed ? line + 9 : line);
-        drop_unusable_castling(*game.pos);
         new_game(game);
         game.pos->phase = compute_phase(*game.pos);
         return CMD_POSITION;

@@ -16,7 +16,6 @@
 #include "driver/commands.h"
 #include "driver/display.h"
 #include "driver/engine_state.h"
-#include "driver/game.h"
 #include "driver/platform.h"
 #include "eval/report.h"
 #include "search/threads.h"
@@ -218,9 +217,7 @@ int cmd_perft(SearchThread& game) {
         std::puts("usage: perft <maxply>");
         return CMD_DONE;
     }
-    // Deeper plies would make moves that capture a king in a position the rules cannot reach;
-    // its moves are still counted (counting makes no move).
-    perft_command(game, position_playable(*game.pos) ? depth : 1);
+    perft_command(game, depth);
     return CMD_DONE;
 }
 

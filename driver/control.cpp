@@ -6,10 +6,9 @@
 #include <cstring>
 #include <mutex>
 
-#include "board/attacks.h"
 #include "board/fen.h"
-#include "board/makemove.h"
 #include "board/notation.h"
+#include "board/playable.h"
 #include "driver/commands.h"
 #include "driver/engine_state.h"
 #include "driver/loop.h"
@@ -63,25 +62,6 @@ TimeAllotment compute_limits(int depth_limit, int move_time, int time_left, int 
     ta.hard_limit      = hard > 0 ? static_cast<uint64_t>(hard) : 0;
     ta.set_time_limits = true;
     return ta;
-}
-
-bool position_searchable(const Position& p) {
-    int kings[2] = {0, 0};
-    for (int sq = 0; sq < 64; ++sq)
-        if (p.board[sq] != EMPTY && piece_type(p.board[sq]) == KING) ++kings[piece_colour(p.board[sq])];
-    if (kings[WHITE] != 1 || kings[BLACK] != 1) return false;
-    if (p.wking >= 64 || p.bking >= 64 || p.board[p.wking] != piece_code(WHITE, KING) ||
-        p.board[p.bking] != piece_code(BLACK, KING))
-        return false;
-    // A castling move starts from the king's home square whatever stands there.
-    if ((p.cflag & 3) && p.wking != E1) return false;
-    if ((p.cflag & 12) && p.bking != E8) return false;
-    // The king of the side not to move must not stand capturable (kings side by side included).
-    if (king_attacks[p.wking] & bit(p.bking)) return false;
-    Position other = p;
-    other.side ^= 1;
-    set_pins(other);
-    return !other.incheck;
 }
 
 void reset_search_control() {
@@ -193,7 +173,7 @@ void think(SearchThread& game) {
     if (ta.set_time_limits) std::copy(std::begin(ta.time_limits), std::end(ta.time_limits), sc.time_limits);
     sc.search_start = get_ms();
     pst_init(*game.pos);
-    if (position_searchable(*game.pos)) {
+    if (position_playable(*game.pos)) {
         start_search(game);
     } else {
         // Nothing is searched: the answer is no move, with no nodes counted. An XBoard analysis

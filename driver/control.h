@@ -15,11 +15,6 @@ struct TimeAllotment {
 // The limits for the given clock inputs (pure; think applies them).
 TimeAllotment compute_limits(int depth_limit, int move_time, int time_left, int increment, int moves_to_go);
 
-// A position the search can run on: one king of each colour where wking/bking say, every
-// castling right with its king at home, and the side that just moved not left in check. A set-up
-// from broken text can fail this; think then searches nothing and reports no move.
-bool position_searchable(const Position& p);
-
 // Clears the clock inputs of EngineState and every per-search value of the search control (stop,
 // start time, limits, soft-limit table, best-move record), as a UCI "go" starts from nothing.
 void reset_search_control();

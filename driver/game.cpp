@@ -11,6 +11,7 @@
 #include "board/makemove.h"
 #include "board/movegen.h"
 #include "board/notation.h"
+#include "board/playable.h"
 #include "book/polyglot.h"
 #include "driver/control.h"
 #include "driver/engine_state.h"
@@ -31,12 +32,15 @@ static Move scratch[4096];
 // engine.legal_count.
 static uint32_t fill_legal_moves(const Position& p, Move& only) {
     uint32_t count = 0;
-    if (!p.incheck) {
+    // A position set up by hand that no game can reach gets no moves at all: nothing is played,
+    // searched or taken from the book there.
+    const bool playable = position_playable(p);
+    if (playable && !p.incheck) {
         uint32_t quiets = 0;
         gen_captures(p, scratch, &count, 1);
         gen_quiets(p, scratch + count, &quiets);
         count += quiets;
-    } else {
+    } else if (playable) {
         gen_evasions(p, scratch, &count, 1);
     }
     if (count > MAX_MOVES) count = MAX_MOVES;
@@ -63,20 +67,9 @@ static void no_legal_move() {
     engine.single_reply = 0;
 }
 
-bool position_playable(const Position& p) {
-    int kings[2] = {0, 0};
-    for (int sq = 0; sq < 64; ++sq)
-        if (p.board[sq] != EMPTY && piece_type(p.board[sq]) == KING) ++kings[piece_colour(p.board[sq])];
-    if (kings[WHITE] != 1 || kings[BLACK] != 1) return false;
-    Position other = p;
-    other.side ^= 1;
-    set_pins(other);
-    return !other.incheck;
-}
-
 void generate_legal_moves(SearchThread& game, bool clear_stop) {
     Move only             = 0;
-    const uint32_t passed = position_playable(*game.pos) ? fill_legal_moves(*game.pos, only) : 0;
+    const uint32_t passed = fill_legal_moves(*game.pos, only);
     if (passed == 0)
         no_legal_move();
     else
@@ -179,8 +172,9 @@ LoopStep engine_thinks(SearchThread& game) {
     const int display_depth = engine.display_depth;
     engine.display_depth    = 0;
 
-    if (!position_playable(*game.pos)) {
-        // Nothing to search: answered as a position without a legal move.
+    if (!position_playable(*game.pos) && !engine.analyze_mode) {
+        // Nothing to search: answered as a position without a legal move. An analysis goes on to
+        // think, which waits there for the line that ends it.
         set_best_move(0);
         engine.display_depth = display_depth;
         if (!engine.analyze_mode && !engine.pondering) std::printf("move %s\n", move_text(0));

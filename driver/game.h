@@ -13,10 +13,6 @@ enum class LoopStep {
     redispatch, // hand the shared line to the interpreter again without reading (it ended an analysis)
 };
 
-// False for a position the rules cannot reach (a king missing or doubled, or the side that has
-// just moved left in check): a search or a move there could capture a king. The driver treats
-// such a position as one without legal moves and never searches it.
-bool position_playable(const Position& p);
 // Fills engine.legal_moves for the game position; entries failing the legality test become 0.
 // Sets game_over when nothing legal remains, and single_reply.
 void generate_legal_moves(SearchThread& game, bool clear_stop);

@@ -7,6 +7,7 @@
 #include "board/fen.h"
 #include "board/makemove.h"
 #include "board/notation.h"
+#include "board/playable.h"
 #include "driver/control.h"
 #include "driver/engine_state.h"
 #include "driver/game.h"
@@ -60,7 +61,7 @@ static void play_move_list(SearchThread& game, const char* cursor) {
             ++p;
         if (*p == '\0') return;
         const size_t length = std::strcspn(p, " \t\r\n");
-        if (game.histidx >= MAX_ROOT_HISTIDX || !position_searchable(*game.pos)) return;
+        if (game.histidx >= MAX_ROOT_HISTIDX || !position_playable(*game.pos)) return;
         const Move m = legal_move_named(game, p, length);
         if (m == 0) return;
         commit_move(game, m);

@@ -29,9 +29,10 @@ TEST(AnalysisInput, DotBkAndTheLineThatEnds) {
         {"dot twice", {"xboard", "post", "analyze", ".", ".", "exit"}, 2, 20, false, "\n"},
         {"dot with post off", {"xboard", "nopost", "analyze", ".", "exit"}, 0, 20, false, "\n"},
         {"bk keeps the analysis going", {"xboard", "analyze", "bk", "exit"}, 0, 20, true, "\n"},
-        // Nothing to search in a broken set-up, but the analysis still answers and waits for "exit".
+        // Nothing to search (nor any legal move) in a broken set-up, but the analysis still
+        // answers and waits for "exit".
         {"broken set-up", {"xboard", "post", "setboard kK6/8/8/8/8/8/8/8 w - -", "analyze", ".", "exit"},
-         1, 3, false, " 0 0 3 3 (none)\n"},
+         1, 0, false, " 0 0 0 0 (none)\n"},
     };
     // clang-format on
     for (const auto& r : rows) {

@@ -1,0 +1,82 @@
+#include "board/playable.h"
+
+#include "board/attacks.h"
+
+static constexpr uint64_t FIRST_AND_LAST_RANKS = 0xFF000000000000FFULL;
+static constexpr int PAWNS_PER_SIDE            = 8;
+
+// The castling bit, its king's home and its rook's corner.
+struct CastlingRight {
+    uint8_t bit;
+    int king_home, corner;
+    int colour;
+};
+static constexpr CastlingRight castling_rights[] = {
+    {1, E1, A1, WHITE},
+    {2, E1, H1, WHITE},
+    {4, E8, A8, BLACK},
+    {8, E8, H8, BLACK},
+};
+
+static uint8_t supported_castling(const Position& p) {
+    uint8_t kept = 0;
+    for (const CastlingRight& r : castling_rights)
+        if ((p.cflag & r.bit) && p.board[r.king_home] == piece_code(r.colour, KING) &&
+            p.board[r.corner] == piece_code(r.colour, ROOK))
+            kept |= r.bit;
+    return kept;
+}
+
+// The square a pawn of the side not to move has just passed over with a double push: on the
+// third rank of that side, empty, the pawn one step beyond it and its starting square empty.
+static bool usable_ep_square(const Position& p) {
+    const int e = p.epsq;
+    if (e == NO_SQUARE) return true;
+    const int pusher  = p.side ^ 1;
+    const int passed  = pusher == WHITE ? 2 : 5; // rank index of the square passed over
+    const int forward = pusher == WHITE ? 8 : -8;
+    if (e > 63 || rank_of(e) != passed || p.board[e] != EMPTY) return false;
+    return p.board[e + forward] == piece_code(pusher, PAWN) && p.board[e - forward] == EMPTY;
+}
+
+void drop_unusable_rights(Position& p) {
+    p.cflag = supported_castling(p);
+    if (!usable_ep_square(p)) p.epsq = NO_SQUARE;
+}
+
+static bool one_king_each(const Position& p) {
+    int kings[2] = {0, 0};
+    for (int sq = 0; sq < 64; ++sq)
+        if (p.board[sq] != EMPTY && piece_type(p.board[sq]) == KING) ++kings[piece_colour(p.board[sq])];
+    return kings[WHITE] == 1 && kings[BLACK] == 1 && p.wking < 64 && p.bking < 64 &&
+           p.board[p.wking] == piece_code(WHITE, KING) && p.board[p.bking] == piece_code(BLACK, KING);
+}
+
+// Promotions are the only source of extra pieces, and each one costs a pawn.
+static bool material_reachable(const Position& p, int colour) {
+    auto count = [&](int type) { return popcount(pieces(p, colour, type)); };
+    auto extra = [&](int type, int initial) { return count(type) > initial ? count(type) - initial : 0; };
+    const int pawns    = count(PAWN);
+    const int promoted = extra(KNIGHT, 2) + extra(BISHOP, 2) + extra(ROOK, 2) + extra(QUEEN, 1);
+    return pawns <= PAWNS_PER_SIDE && promoted <= PAWNS_PER_SIDE - pawns;
+}
+
+// Whether the king of the side not to move stands attacked: the side to move could take it.
+static bool king_capturable(const Position& p) {
+    const int us = p.side, them = us ^ 1;
+    const int k        = king_square(p, them);
+    const uint64_t occ = occupancy(p);
+    const uint64_t own = p.colour_bb[us];
+    return (pawn_attacks[them][k] & own & p.type_bb[PAWN]) || (knight_attacks[k] & own & p.type_bb[KNIGHT]) ||
+           (king_attacks[k] & bit(king_square(p, us))) ||
+           (bishop_attacks(k, occ) & own & (p.type_bb[BISHOP] | p.type_bb[QUEEN])) ||
+           (rook_attacks(k, occ) & own & (p.type_bb[ROOK] | p.type_bb[QUEEN]));
+}
+
+bool position_playable(const Position& p) {
+    if (!one_king_each(p)) return false;
+    if (p.type_bb[PAWN] & FIRST_AND_LAST_RANKS) return false;
+    if (!material_reachable(p, WHITE) || !material_reachable(p, BLACK)) return false;
+    if (supported_castling(p) != p.cflag || !usable_ep_square(p)) return false;
+    return !king_capturable(p);
+}
