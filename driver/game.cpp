@@ -15,7 +15,6 @@
 #include "book/polyglot.h"
 #include "driver/control.h"
 #include "driver/engine_state.h"
-#include "driver/loop.h"
 #include "driver/platform.h"
 #include "search/output.h"
 #include "search/threads.h"
@@ -77,15 +76,14 @@ void generate_legal_moves(SearchThread& game, bool clear_stop) {
     if (clear_stop) sc.stop.store(0, std::memory_order_relaxed);
 }
 
-[[noreturn]] static void history_overflow() {
-    std::puts("ERROR (Overflow)");
-    quit_path();
-}
-
-// Appends the move to the game's histories and plays it on the game record.
-static void record_move(SearchThread& game, Move m) {
+// Appends the move to the game's histories and plays it on the game record. False, after the
+// overflow message, when the game is too long to record it: the program then ends.
+[[nodiscard]] static bool record_move(SearchThread& game, Move m) {
     // The guard keeps the histories and the key history (game plus a whole search) in bounds.
-    if (engine.ply > MAX_GAME_PLY) history_overflow();
+    if (engine.ply > MAX_GAME_PLY) {
+        std::puts("ERROR (Overflow)");
+        return false;
+    }
     const Position& before = *game.pos;
     ++engine.ply;
     engine.move_history[engine.ply]     = m;
@@ -94,6 +92,7 @@ static void record_move(SearchThread& game, Move m) {
     if (engine.moves_to_go != 0 && before.side == BLACK && --engine.moves_to_go == 0)
         engine.moves_to_go = engine.level_moves;
     commit_move(game, m);
+    return true;
 }
 
 LoopStep received_move(SearchThread& game, const char* line) {
@@ -112,7 +111,7 @@ LoopStep received_move(SearchThread& game, const char* line) {
         return LoopStep::read;
     }
     std::printf("#move_number = %d   %s%d%s\n", engine.ply, "(", (engine.ply + 3) / 2, ")");
-    record_move(game, word);
+    if (!record_move(game, word)) return LoopStep::quit;
     if (engine.force_mode) return LoopStep::regenerate;
 
     const int was_over    = engine.game_over;
@@ -151,7 +150,7 @@ static LoopStep after_move(SearchThread& game) {
     const uint64_t nodes = nodes_searched.load(std::memory_order_relaxed);
     if (!engine.analyze_mode) {
         const Move best = sc.pv_table[0][0];
-        if ((best & SQUARE_BITS) != 0) record_move(game, best);
+        if ((best & SQUARE_BITS) != 0 && !record_move(game, best)) return LoopStep::quit;
     }
     double elapsed = static_cast<double>(get_ms() - think_start) / 1000.0;
     if (elapsed == 0.0) elapsed = 1.0;

@@ -11,6 +11,7 @@ enum class LoopStep {
     regenerate, // rebuild the legal moves, then read the next line
     read,       // read the next line as things stand
     redispatch, // hand the shared line to the interpreter again without reading (it ended an analysis)
+    quit,       // the program ends (a line beginning with q, the end of UCI, a history overflow)
 };
 
 // Fills engine.legal_moves for the game position; entries failing the legality test become 0.

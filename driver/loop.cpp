@@ -120,16 +120,20 @@ static void print_prompt(const Position& p) {
     std::printf("#%s%s%d%s: ", p.side == WHITE ? "White" : "Black", "(", (engine.ply + 2) / 2, ")");
 }
 
+int before_prompt(SearchThread& game, int last) {
+    exit_if_output_lost();
+    if (engine.ping_pending != 0) {
+        std::printf("pong %d\n", engine.ping_pending);
+        engine.ping_pending = 0;
+    }
+    return ponder_check(game, last) ? CMD_POSITION : last;
+}
+
 // Steps 2 to 7 of a cycle: answer a ping, maybe ponder, prompt, and read a non-empty line.
 // Returns the last result code as the ponder check leaves it.
 static int read_command(SearchThread& game, int last) {
     for (;;) {
-        exit_if_output_lost();
-        if (engine.ping_pending != 0) {
-            std::printf("pong %d\n", engine.ping_pending);
-            engine.ping_pending = 0;
-        }
-        if (ponder_check(game, last)) last = CMD_POSITION;
+        last = before_prompt(game, last);
         if (!engine.xboard_mode) print_prompt(*game.pos);
         if (!read_line(engine.line, INPUT_SIZE)) end_of_input();
         cut_line(engine.line);
@@ -145,6 +149,46 @@ static bool line_is(const char* text) {
     return std::strcmp(engine.line, text) == 0;
 }
 
+LoopStep dispatch_line(SearchThread& game, int& last) {
+    engine.input_ready = 0;
+    last               = parse_command(game);
+
+    if (engine.analyze_mode) {
+        // The last analysis ran to the end of its depth: this line only resets that.
+        if (sc.best_depth.load(std::memory_order_relaxed) > MAX_DEPTH - 1) {
+            sc.best_depth.store(0, std::memory_order_relaxed);
+            return LoopStep::regenerate;
+        }
+        generate_legal_moves(game, false);
+        if (line_is("undo")) {
+            // Already taken back by the interpreter: analyse the position reached.
+            engine.line[0] = '\0';
+            return engine_thinks(game);
+        }
+    }
+    if (last == CMD_POSITION) return LoopStep::regenerate;
+    std::fflush(stdout);
+    if (line_is("go")) {
+        engine.force_mode = 0;
+        return engine_thinks(game);
+    }
+    if (engine.line[0] == 'q' || engine.uci_done) return LoopStep::quit;
+    if (line_is("new")) {
+        start_new_game(game);
+        last = CMD_NONE;
+        return LoopStep::read;
+    }
+    if (line_is("analyze") || engine.analyze_mode) {
+        std::printf("#analyzing %d\n", engine.analyze_mode);
+        if (last == CMD_DONE) return engine_thinks(game);
+        if (line_is("force")) return LoopStep::regenerate;
+        return received_move(game, engine.line);
+    }
+    if (line_is("force")) return LoopStep::regenerate;
+    if (last == CMD_DONE) return LoopStep::read;
+    return received_move(game, engine.line);
+}
+
 void command_loop() {
     SearchThread& game = *engine.game;
     int last           = CMD_NONE;
@@ -152,59 +196,7 @@ void command_loop() {
     for (;;) {
         if (step == LoopStep::regenerate) generate_legal_moves(game, true);
         if (step != LoopStep::redispatch) last = read_command(game, last);
-        engine.input_ready = 0;
-        last               = parse_command(game);
-
-        if (engine.analyze_mode) {
-            // The last analysis ran to the end of its depth: this line only resets that.
-            if (sc.best_depth.load(std::memory_order_relaxed) > MAX_DEPTH - 1) {
-                sc.best_depth.store(0, std::memory_order_relaxed);
-                step = LoopStep::regenerate;
-                continue;
-            }
-            generate_legal_moves(game, false);
-            if (line_is("undo")) {
-                // Already taken back by the interpreter: analyse the position reached.
-                engine.line[0] = '\0';
-                step           = engine_thinks(game);
-                continue;
-            }
-        }
-        if (last == CMD_POSITION) {
-            step = LoopStep::regenerate;
-            continue;
-        }
-        std::fflush(stdout);
-        if (line_is("go")) {
-            engine.force_mode = 0;
-            step              = engine_thinks(game);
-            continue;
-        }
-        if (engine.line[0] == 'q' || engine.uci_done) quit_path();
-        if (line_is("new")) {
-            start_new_game(game);
-            last = CMD_NONE;
-            step = LoopStep::read;
-            continue;
-        }
-        if (line_is("analyze") || engine.analyze_mode) {
-            std::printf("#analyzing %d\n", engine.analyze_mode);
-            if (last == CMD_DONE)
-                step = engine_thinks(game);
-            else if (line_is("force"))
-                step = LoopStep::regenerate;
-            else
-                step = received_move(game, engine.line);
-            continue;
-        }
-        if (line_is("force")) {
-            step = LoopStep::regenerate;
-            continue;
-        }
-        if (last == CMD_DONE) {
-            step = LoopStep::read;
-            continue;
-        }
-        step = received_move(game, engine.line);
+        step = dispatch_line(game, last);
+        if (step == LoopStep::quit) quit_path();
     }
 }

@@ -111,6 +111,33 @@ static void start_position(SearchThread& game) {
     new_game(game);
 }
 
+bool uci_command(SearchThread& game, const char* line) {
+    const char* cursor = line;
+    if (match_prefix(&cursor, "isready")) {
+        std::printf("readyok\n");
+    } else if (match_prefix(&cursor, "quit")) {
+        return false;
+    } else if (match_prefix(&cursor, "ucinewgame")) {
+        start_position(game);
+    } else if (match_prefix(&cursor, "position fen")) {
+        setboard(game, cursor);
+        new_game(game);
+        play_move_list(game, cursor);
+    } else if (match_prefix(&cursor, "position startpos")) {
+        setboard(game, START_FEN);
+        play_move_list(game, cursor);
+    } else if (match_prefix(&cursor, "go")) {
+        parse_go(cursor, game.pos->side);
+        think(game);
+    } else if (match_prefix(&cursor, "setoption name Hash value")) {
+        const int mb = std::atoi(cursor);
+        if (mb > 0) hash_alloc(mb);
+    } else if (match_prefix(&cursor, "setoption name Threads value")) {
+        set_threads(std::atoi(cursor));
+    }
+    return true;
+}
+
 void uci_loop(SearchThread& game) {
     free_threads();
     set_threads(1);
@@ -124,6 +151,8 @@ void uci_loop(SearchThread& game) {
     std::printf("uciok\n");
 
     for (;;) {
+        // A GUI that has gone away cannot read the answers: end quietly.
+        exit_if_output_lost();
         // Input never ends for this loop: at the end of input it waits and tries again.
         if (!read_line(uci_line, UCI_LINE_SIZE - 1)) {
             sleep_ms(EOF_RETRY_MS);
@@ -131,28 +160,6 @@ void uci_loop(SearchThread& game) {
         }
         // The line keeps a line end, so that a word's separator is always there to step over.
         std::strcat(uci_line, "\n");
-        const char* cursor = uci_line;
-        if (match_prefix(&cursor, "isready")) {
-            std::printf("readyok\n");
-        } else if (match_prefix(&cursor, "quit")) {
-            return;
-        } else if (match_prefix(&cursor, "ucinewgame")) {
-            start_position(game);
-        } else if (match_prefix(&cursor, "position fen")) {
-            setboard(game, cursor);
-            new_game(game);
-            play_move_list(game, cursor);
-        } else if (match_prefix(&cursor, "position startpos")) {
-            setboard(game, START_FEN);
-            play_move_list(game, cursor);
-        } else if (match_prefix(&cursor, "go")) {
-            parse_go(cursor, game.pos->side);
-            think(game);
-        } else if (match_prefix(&cursor, "setoption name Hash value")) {
-            const int mb = std::atoi(cursor);
-            if (mb > 0) hash_alloc(mb);
-        } else if (match_prefix(&cursor, "setoption name Threads value")) {
-            set_threads(std::atoi(cursor));
-        }
+        if (!uci_command(game, uci_line)) return;
     }
 }

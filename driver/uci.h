@@ -9,4 +9,7 @@ bool match_prefix(const char** cursor, const char* word);
 // The words after "go": clears the search control, then sets the clock fields of EngineState from
 // the side to move's time and increment, movestogo, depth and movetime; anything else is skipped.
 void parse_go(const char* text, int side);
+// One line of the dialect, its line end included: the first command word it begins with is carried
+// out. False for "quit", which ends the loop.
+bool uci_command(SearchThread& game, const char* line);
 void uci_loop(SearchThread& game);
