@@ -128,6 +128,7 @@ static void analysis_input(SearchThread& game) {
     } else if (std::strcmp(engine.line, "bk") == 0) {
         parse_command(game);
     } else {
+        engine.held_line = 1;
         sc.stop.store(1, std::memory_order_relaxed);
     }
 }

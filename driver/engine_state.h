@@ -30,6 +30,7 @@ struct EngineState {
     int searching;
     int pondering;
     std::atomic<int> input_ready;
+    int held_line; // engine.line holds a line that ended an analysis and is still to be dispatched
     std::atomic<int> watcher_quit;
     int post;
     int ponder;

@@ -160,7 +160,15 @@ static LoopStep after_move(SearchThread& game) {
                     static_cast<int>(static_cast<double>(nodes) / elapsed));
     }
     if (!engine.analyze_mode) return LoopStep::regenerate;
-    if (engine.xboard_mode) return LoopStep::redispatch;
+    // The line that ended the analysis waits in the shared buffer. An analysis that ran to its
+    // depth limit of 99 goes there too, where the loop's reset rule takes it; one that ended at a
+    // lower limit ("sd" during analysis) left nothing new, and the line it would find has been
+    // handled already: dispatching it again would restart the same analysis for ever.
+    if (engine.xboard_mode) {
+        if (engine.held_line || sc.best_depth.load(std::memory_order_relaxed) > MAX_DEPTH - 1)
+            return LoopStep::redispatch;
+        return LoopStep::read;
+    }
     engine.analyze_mode = 0;
     return LoopStep::read;
 }

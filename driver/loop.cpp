@@ -151,6 +151,7 @@ static bool line_is(const char* text) {
 
 LoopStep dispatch_line(SearchThread& game, int& last) {
     engine.input_ready = 0;
+    engine.held_line   = 0;
     last               = parse_command(game);
 
     if (engine.analyze_mode) {
