@@ -5,6 +5,7 @@
 
 #include "driver/commands.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -233,6 +234,13 @@ static int cmd_ics(SearchThread&) {
     return CMD_DONE;
 }
 
+// Clock values arrive from the GUI as they are; anything beyond the 32-bit milliseconds fields
+// is held at their limits instead of overflowing.
+static int32_t saturated(double ms) {
+    if (!(ms > INT32_MIN)) return ms < 0 ? INT32_MIN : 0; // NaN counts as 0
+    return ms < INT32_MAX ? static_cast<int32_t>(ms) : INT32_MAX;
+}
+
 static int cmd_level(SearchThread&) {
     if (token_count < 4) {
         std::puts("usage: level <nmoves> <stime> <inc>");
@@ -241,10 +249,10 @@ static int cmd_level(SearchThread&) {
     int moves          = std::atoi(tokens[1]);
     engine.moves_to_go = moves;
     // Base time in minutes, optionally minutes:seconds.
-    int seconds = std::atoi(tokens[2]) * 60;
+    int64_t seconds = static_cast<int64_t>(std::atoi(tokens[2])) * 60;
     if (const char* colon = std::strchr(tokens[2], ':')) seconds += std::atoi(colon + 1);
-    engine.time_left   = seconds * 1000;
-    engine.increment   = static_cast<int32_t>(std::atof(tokens[3]) * 1000.0);
+    engine.time_left   = saturated(static_cast<double>(seconds) * 1000.0);
+    engine.increment   = saturated(std::atof(tokens[3]) * 1000.0);
     engine.level_moves = moves != 0 ? moves : 1000;
     return CMD_DONE;
 }
@@ -314,7 +322,7 @@ static int cmd_sd(SearchThread&) {
 }
 
 static int cmd_time(SearchThread&) {
-    if (engine.xboard_mode) engine.time_left = (has_argument() ? int_argument() : 0) * 10;
+    if (engine.xboard_mode) engine.time_left = saturated((has_argument() ? int_argument() : 0) * 10.0);
     return CMD_DONE;
 }
 
