@@ -150,6 +150,10 @@ static void input_check(SearchThread& game) {
             const int c = read_key();
             std::printf("#interupt abort kbhit %c\n", c);
             sc.stop.store(1, std::memory_order_relaxed);
+        } else if (!input_is_console() && input_pending()) {
+            // Console lines through a pipe have no keyboard behind them: a waiting line (or the
+            // end of the input) ends the analysis instead and is left for the loop to read.
+            sc.stop.store(1, std::memory_order_relaxed);
         }
     }
 }

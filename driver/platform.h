@@ -6,10 +6,11 @@
 
 // Once, first thing at start-up: stdout unbuffered, a closed reader must not kill us by signal.
 void platform_init();
-int64_t get_ms();     // monotonic milliseconds
-bool input_pending(); // bytes waiting on stdin (in our reader's buffer or the pipe), left unread
-bool key_waiting();   // console keyboard: a key is waiting (only when stdin is a terminal)
-int read_key();       // read one key without echo
+int64_t get_ms();        // monotonic milliseconds
+bool input_pending();    // bytes waiting on stdin (in our reader's buffer or the pipe), left unread
+bool key_waiting();      // console keyboard: a key is waiting (only when stdin is a terminal)
+bool input_is_console(); // stdin is a terminal (there is a keyboard to press)
+int read_key();          // read one key without echo
 void clear_screen();
 void sleep_ms(int ms);
 // Reads one line of stdin (without its line end) into buf of size n; a longer line is returned in

@@ -25,6 +25,9 @@ constexpr size_t READ_BUFFER_SIZE = 1 << 16;
 // reads how many bytes are buffered.
 char read_buffer[READ_BUFFER_SIZE];
 size_t read_start = 0, read_end = 0;
+// The last line ended at a carriage return whose newline had not arrived yet: a newline that
+// begins the next read still belongs to that line end.
+bool newline_owed = false;
 std::atomic<size_t> buffered_bytes{0};
 
 void publish_buffered() {
@@ -89,6 +92,8 @@ bool input_pending() {
     return (p.revents & (POLLIN | POLLHUP | POLLERR | POLLNVAL)) != 0;
 }
 
+bool input_is_console() { return isatty(STDIN_FD) != 0; }
+
 bool key_waiting() {
     if (!isatty(STDIN_FD)) return false;
     RawTerminal raw(0);
@@ -130,12 +135,27 @@ bool read_line(char* buf, int n) {
     for (;;) {
         if (read_start == read_end && !fill_buffer()) {
             // A last line without its newline still counts as a line.
+            newline_owed = false;
             buf[len] = '\0';
             publish_buffered();
             return len > 0;
         }
         char c = read_buffer[read_start++];
+        if (c == '\n' && newline_owed && len == 0) {
+            newline_owed = false;
+            continue;
+        }
+        newline_owed = false;
         if (c == '\n') break;
+        if (c == '\r') {
+            // A carriage return ends a line as well, so that input with carriage returns alone
+            // is not run together; with a newline right after it, the two are one line end.
+            if (read_start < read_end)
+                read_start += read_buffer[read_start] == '\n';
+            else
+                newline_owed = true;
+            break;
+        }
         buf[len++] = c;
         if (len == n - 1) break; // the rest of a long line comes back as the next piece
     }

@@ -50,7 +50,9 @@ TEST(Platform, ReadLineCutsLinesAndPieces) {
     };
     const Row rows[] = {
         {"plain lines", "go\nquit\n", 64, {"go", "quit"}},
-        {"carriage return is left to the caller", "ping 1\r\n", 64, {"ping 1\r"}},
+        {"carriage return and newline end one line", "ping 1\r\nping 2\r\n", 64, {"ping 1", "ping 2"}},
+        {"carriage returns alone end lines", "xboard\rprotover 2\rping 3\r", 64, {"xboard", "protover 2", "ping 3"}},
+        {"two carriage returns make an empty line", "a\r\r\nb\n", 64, {"a", "", "b"}},
         {"empty lines", "\n\na\n", 64, {"", "", "a"}},
         {"last line without newline", "e2e4\nsd 5", 64, {"e2e4", "sd 5"}},
         {"long line in pieces", "abcdefghij\nk\n", 5, {"abcd", "efgh", "ij", "k"}},
@@ -95,6 +97,20 @@ TEST(Platform, InputPendingNeverConsumes) {
     // End of input must be noticed by whoever waits for input.
     in.close_writer();
     EXPECT_TRUE(input_pending());
+    EXPECT_FALSE(read_line(buf, sizeof buf));
+}
+
+// A line end of carriage return and newline split over two writes is still one line end.
+TEST(Platform, NewlineArrivingAfterItsCarriageReturn) {
+    PipedStdin in;
+    char buf[64];
+    in.write_all("go\r");
+    ASSERT_TRUE(read_line(buf, sizeof buf));
+    EXPECT_STREQ(buf, "go");
+    in.write_all("\nquit\n");
+    ASSERT_TRUE(read_line(buf, sizeof buf));
+    EXPECT_STREQ(buf, "quit");
+    in.close_writer();
     EXPECT_FALSE(read_line(buf, sizeof buf));
 }
 

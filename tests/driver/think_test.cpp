@@ -6,6 +6,8 @@
 #include <cstring>
 #include <string>
 
+#include <unistd.h>
+
 #include "bench/search_harness.h"
 #include "board/makemove.h"
 #include "board/movegen.h"
@@ -116,6 +118,30 @@ struct OutputRow {
     const char* last_lines; // the end of the output, with the best move written as %s
 };
 
+// An empty pipe on standard input for the lifetime of the object: nothing typed, nothing ending.
+// (A console analysis fed through a pipe ends as soon as a line or the end of input waits.)
+class QuietStdin {
+  public:
+    QuietStdin() {
+        saved_ = dup(0);
+        int fds[2];
+        EXPECT_EQ(pipe(fds), 0);
+        dup2(fds[0], 0);
+        close(fds[0]);
+        writer_ = fds[1];
+    }
+    ~QuietStdin() {
+        close(writer_);
+        dup2(saved_, 0);
+        close(saved_);
+    }
+    QuietStdin(const QuietStdin&)            = delete;
+    QuietStdin& operator=(const QuietStdin&) = delete;
+
+  private:
+    int saved_ = -1, writer_ = -1;
+};
+
 // Which dialect prints what once the search is over.
 TEST(Think, FinalOutputByDialect) {
     harness_tables_init();
@@ -148,7 +174,10 @@ TEST(Think, FinalOutputByDialect) {
         engine.input_ready   = 0;
         engine.depth_limit   = 2;
         testing::internal::CaptureStdout();
-        think(*game);
+        {
+            QuietStdin quiet;
+            think(*game);
+        }
         const std::string out = testing::internal::GetCapturedStdout();
         const Move best       = sc.pv_table[0][0];
         ASSERT_TRUE(is_legal_move(game->stack[0], best));
