@@ -1,0 +1,76 @@
+// book_probe and the "bk" listing on arbitrary book files. The first byte picks the settings
+// (pickbest, the random rule's move number, book depth, dialect, analysis); the rest is the file.
+// Each run probes a few positions; a run fails when a probe yields a move that is not legal in the
+// position it was asked about.
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <unistd.h>
+
+#include "board/fen.h"
+#include "board/makemove.h"
+#include "book/polyglot.h"
+#include "driver/engine_state.h"
+#include "driver/game.h"
+#include "fuzz/harness.h"
+
+namespace {
+
+std::string book_path;
+
+constexpr const char* POSITIONS[] = {
+    START_FEN,
+    "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq -",
+    "r3k2r/8/8/8/8/8/8/R3K2R w KQkq -",
+    "r3k2r/8/8/8/8/8/8/R3K2R b KQkq -",
+};
+
+bool is_legal_move(Move m) {
+    for (uint32_t i = 0; i < engine.legal_count; ++i)
+        if (engine.legal_moves.moves[i] != 0 && (engine.legal_moves.moves[i] & 0xFFFF) == (m & 0xFFFF)) return true;
+    return false;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    harness_init();
+    book_path = "/tmp/morvaine-fuzz-book-" + std::to_string(getpid()) + ".bin";
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    if (size == 0) return 0;
+    harness_reset();
+    const uint8_t settings = data[0];
+    std::FILE* f           = std::fopen(book_path.c_str(), "wb");
+    if (!f) return 0;
+    std::fwrite(data + 1, 1, size - 1, f);
+    std::fclose(f);
+
+    std::snprintf(engine.book_name, sizeof engine.book_name, "%s", book_path.c_str());
+    engine.pickbest     = settings & 1;
+    engine.book_random  = (settings >> 1) & 3;
+    engine.bookdepth    = (settings >> 3) & 3;
+    engine.xboard_mode  = (settings >> 5) & 1;
+    engine.analyze_mode = (settings >> 6) & 1;
+    engine.ply          = (settings >> 7) & 1;
+    if (!book_open()) return 0;
+    engine.book_mode = 1;
+
+    SearchThread& game = *engine.game;
+    char listing[4096];
+    for (const char* fen : POSITIONS) {
+        setboard(game, fen);
+        new_game(game);
+        generate_legal_moves(game, true);
+        book_listing(game, listing, sizeof listing);
+        if (!engine.book_file) break;
+        const Move m = book_probe(game);
+        if (m != 0 && !is_legal_move(m)) finding("the book yielded an illegal move");
+        if (!engine.book_file) break;
+    }
+    book_close();
+    return 0;
+}

@@ -1,0 +1,91 @@
+// The command loop of the console and XBoard dialects fed arbitrary lines in sequence, exactly as
+// the loop hands them to the interpreter and the game driver (no search deeper than a few plies
+// outside analysis; analysis ends when the next line arrives). The run fails when the engine
+// crashes, trips a sanitizer, or keeps dispatching without ever reading again.
+
+#include <cstdlib>
+#include <cstring>
+
+#include "driver/commands.h"
+#include "driver/engine_state.h"
+#include "driver/game.h"
+#include "driver/loop.h"
+#include "fuzz/fuzz_platform.h"
+#include "fuzz/harness.h"
+
+namespace {
+
+constexpr int MAX_THREADS_IN_RUN = 4;
+constexpr int MAX_PERFT_DEPTH    = 3;
+// Dispatches without reading a line: an analysis ended by a line gives one, its reset rule one more.
+constexpr int MAX_DISPATCHES_WITHOUT_INPUT = 16;
+
+bool is_fen_line(const char* line) {
+    int slashes = 0;
+    for (const char* c = line; *c; ++c) slashes += *c == '/';
+    return slashes > 6;
+}
+
+// Rewrites or drops the lines a run must not carry out as they are: "uci" (its loop reads the real
+// standard input until "quit"), tables and thread counts far beyond a fuzzing process, deep perft,
+// and book names that could reach devices or files outside the working directory. Returns false
+// to drop the line.
+bool guard_line(char* line) {
+    if (is_fen_line(line)) return true;
+    char folded[INPUT_SIZE];
+    std::strcpy(folded, line);
+    for (char* c = folded; *c; ++c)
+        if (*c >= 'A' && *c <= 'Z') *c = static_cast<char>(*c - 'A' + 'a');
+    if (split_line(folded, " \t=/") == 0) return true;
+    const char* word = tokens[0];
+    const int arg    = token_count >= 2 ? std::atoi(tokens[1]) : 0;
+    if (std::strcmp(word, "uci") == 0) return false;
+    if (std::strcmp(word, "bookname") == 0 && std::strchr(line, '/')) return false;
+    auto cap = [&](const char* name, int most) {
+        if (std::strcmp(word, name) == 0 && arg > most) std::snprintf(line, INPUT_SIZE, "%s %d", name, most);
+    };
+    cap("hash", HARNESS_HASH_MB * 8);
+    cap("memory", HARNESS_HASH_MB * 8);
+    cap("cores", MAX_THREADS_IN_RUN);
+    cap("perft", MAX_PERFT_DEPTH);
+    return true;
+}
+
+// Outside analysis every search is a depth search of a few plies (depth mode wins over the clock).
+void keep_searches_short() {
+    if (engine.analyze_mode) return;
+    if (engine.depth_limit < 1 || engine.depth_limit > HARNESS_DEPTH) engine.depth_limit = HARNESS_DEPTH;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    harness_init();
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    harness_reset();
+    fuzz_input_set(split_lines(data, size));
+    SearchThread& game = *engine.game;
+    int last           = CMD_NONE;
+    LoopStep step      = LoopStep::read;
+    int without_input  = 0;
+    for (;;) {
+        if (step == LoopStep::regenerate) generate_legal_moves(game, true);
+        if (step != LoopStep::redispatch) {
+            last = before_prompt(game, last);
+            // The end of input ends the engine here.
+            if (!fuzz_input_take(engine.line, INPUT_SIZE)) break;
+            engine.line[std::strcspn(engine.line, "\r\n")] = '\0';
+            if (engine.line[0] == '\0' || !guard_line(engine.line)) continue;
+            without_input = 0;
+        } else if (++without_input > MAX_DISPATCHES_WITHOUT_INPUT) {
+            finding("the loop keeps dispatching without reading input");
+        }
+        keep_searches_short();
+        step = dispatch_line(game, last);
+        if (step == LoopStep::quit) break;
+    }
+    return 0;
+}

@@ -1,0 +1,70 @@
+// The harnesses' platform (see fuzz_platform.h): deterministic input, no terminal, no exits.
+
+#include "fuzz/fuzz_platform.h"
+
+#include <chrono>
+#include <cstring>
+#include <ctime>
+#include <deque>
+#include <thread>
+
+#include "driver/engine_state.h"
+#include "driver/platform.h"
+
+static std::deque<std::string> waiting;
+
+void fuzz_input_set(std::vector<std::string> lines) { waiting.assign(lines.begin(), lines.end()); }
+
+size_t fuzz_input_left() { return waiting.size(); }
+
+bool fuzz_input_take(char* buf, int n) {
+    if (waiting.empty() || n < 1) return false;
+    std::string& front = waiting.front();
+    const size_t room  = static_cast<size_t>(n - 1);
+    const size_t len   = front.size() < room ? front.size() : room;
+    std::memcpy(buf, front.data(), len);
+    buf[len] = '\0';
+    // A long line comes back in pieces, as the real reader hands it over.
+    if (len < front.size())
+        front.erase(0, len);
+    else
+        waiting.pop_front();
+    return true;
+}
+
+void platform_init() {}
+
+int64_t get_ms() {
+    timespec ts{};
+    clock_gettime(CLOCK_MONOTONIC, &ts);
+    return static_cast<int64_t>(ts.tv_sec) * 1000 + ts.tv_nsec / 1000000;
+}
+
+bool input_pending() { return !waiting.empty(); }
+
+bool input_is_console() { return false; }
+
+// During a console analysis the user has always pressed a key.
+bool key_waiting() { return engine.analyze_mode != 0; }
+int read_key() { return 'k'; }
+
+void clear_screen() {}
+
+// The polling loop's nap doubles as the input watcher: during an XBoard analysis a line is always
+// there (the queue's next one, or the closing "exit" below).
+void sleep_ms(int ms) {
+    if (engine.xboard_mode.load(std::memory_order_relaxed) && engine.analyze_mode)
+        engine.input_ready.store(1, std::memory_order_relaxed);
+    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+}
+
+// Only an analysis reads here. When the queue is empty the GUI closes the analysis, so that no
+// run ends at the end of input (which would end the process under the fuzzer).
+bool read_line(char* buf, int n) {
+    if (fuzz_input_take(buf, n)) return true;
+    std::strncpy(buf, "exit", static_cast<size_t>(n));
+    buf[n - 1] = '\0';
+    return true;
+}
+
+void exit_if_output_lost() {}

@@ -1,0 +1,48 @@
+// The UCI line handler fed arbitrary lines in sequence, each with the line end the loop gives it.
+// Every "go" line is lengthened with a depth of a few plies (the last "depth" token wins), and
+// table and thread options are held to what a fuzzing process can afford.
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "driver/engine_state.h"
+#include "driver/uci.h"
+#include "fuzz/harness.h"
+
+namespace {
+
+constexpr int MAX_THREADS_IN_RUN = 4;
+
+// Twice, so that a line ending in a keyword that takes a value still ends with the depth.
+const std::string SHALLOW = " depth " + std::to_string(HARNESS_DEPTH) + " depth " + std::to_string(HARNESS_DEPTH);
+
+std::string guarded(const std::string& line) {
+    auto option = [&](const char* prefix, int most) -> std::string {
+        const size_t n = std::strlen(prefix);
+        if (line.compare(0, n, prefix) != 0 || std::atoi(line.c_str() + n) <= most) return line;
+        return prefix + std::to_string(most);
+    };
+    if (line.compare(0, 2, "go") == 0) return line + SHALLOW;
+    std::string l = option("setoption name Hash value ", HARNESS_HASH_MB * 8);
+    return l == line ? option("setoption name Threads value ", MAX_THREADS_IN_RUN) : l;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    harness_init();
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    harness_reset();
+    engine.uci_mode = 1;
+    for (const std::string& raw : split_lines(data, size)) {
+        // The line as the loop's reader returns it: up to its first NUL, with a line end added.
+        const std::string line = guarded(c_text(reinterpret_cast<const uint8_t*>(raw.data()), raw.size())) + "\n";
+        if (!uci_command(*engine.game, line.c_str())) break;
+    }
+    return 0;
+}

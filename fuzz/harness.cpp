@@ -1,0 +1,69 @@
+#include "fuzz/harness.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "bench/search_harness.h"
+#include "book/polyglot.h"
+#include "driver/game.h"
+#include "fuzz/fuzz_platform.h"
+
+void harness_init() {
+    harness_tables_init();
+    engine.game      = new SearchThread();
+    engine.game->pos = &engine.game->stack[0];
+    set_threads(1);
+    hash_alloc(HARNESS_HASH_MB);
+}
+
+void harness_reset() {
+    book_close();
+    SearchThread* game = engine.game;
+    // Every field back to its start-up value: zero, save the few start-up names.
+    std::memset(static_cast<void*>(&engine), 0, sizeof engine);
+    engine.game = game;
+    std::strcpy(engine.book_name, "book.bin");
+    engine.trace    = -1;
+    book_rand_state = 1;
+    // One thread with fresh ordering memory, so that a run does not depend on the runs before it.
+    if (thread_count() != 1) {
+        free_threads();
+        set_threads(1);
+    }
+    std::memset(static_cast<void*>(&search_record(0)), 0, sizeof(SearchThread));
+    if (hash_size != static_cast<uint64_t>(HARNESS_HASH_MB) << 20) hash_alloc(HARNESS_HASH_MB);
+    reset_search_control();
+    setboard(*game, START_FEN);
+    new_game(*game);
+    generate_legal_moves(*game, true);
+    fuzz_input_set({});
+}
+
+std::vector<std::string> split_lines(const uint8_t* data, size_t size) {
+    std::vector<std::string> lines;
+    std::string line;
+    for (size_t i = 0; i < size; ++i) {
+        const char c = static_cast<char>(data[i]);
+        if (c == '\r' || c == '\n') {
+            lines.push_back(line);
+            line.clear();
+            if (c == '\r' && i + 1 < size && data[i + 1] == '\n') ++i;
+        } else {
+            line += c;
+        }
+    }
+    if (!line.empty()) lines.push_back(line);
+    return lines;
+}
+
+std::string c_text(const uint8_t* data, size_t size) {
+    const void* nul = std::memchr(data, 0, size);
+    const size_t len = nul ? static_cast<size_t>(static_cast<const uint8_t*>(nul) - data) : size;
+    return std::string(reinterpret_cast<const char*>(data), len);
+}
+
+void finding(const char* what) {
+    std::fprintf(stderr, "finding: %s\n", what);
+    std::abort();
+}
