@@ -34,6 +34,9 @@ constexpr UINT TIMER_PERIOD_MS = 1;
 char read_buffer[READ_BUFFER_SIZE];
 size_t read_start = 0, read_end = 0;
 std::atomic<size_t> buffered_bytes{0};
+// The last line ended at a carriage return whose newline had not arrived yet: a newline that
+// begins the next read still belongs to that line end.
+bool newline_owed = false;
 
 void publish_buffered() {
     buffered_bytes.store(read_end - read_start, std::memory_order_relaxed);
@@ -43,10 +46,14 @@ HANDLE input_handle() {
     return GetStdHandle(STD_INPUT_HANDLE);
 }
 
+} // namespace
+
 bool input_is_console() {
     DWORD mode = 0;
     return GetConsoleMode(input_handle(), &mode) != 0;
 }
+
+namespace {
 
 // Fills the buffer when it is empty; false at end of input (a closed pipe, the end of a file, a
 // missing handle) or on an error.
@@ -138,12 +145,27 @@ bool read_line(char* buf, int n) {
     for (;;) {
         if (read_start == read_end && !fill_buffer()) {
             // A last line without its newline still counts as a line.
+            newline_owed = false;
             buf[len] = '\0';
             publish_buffered();
             return len > 0;
         }
         char c = read_buffer[read_start++];
+        if (c == '\n' && newline_owed && len == 0) {
+            newline_owed = false;
+            continue;
+        }
+        newline_owed = false;
         if (c == '\n') break;
+        if (c == '\r') {
+            // A carriage return ends a line as well, so that input with carriage returns alone
+            // is not run together; with a newline right after it, the two are one line end.
+            if (read_start < read_end)
+                read_start += read_buffer[read_start] == '\n';
+            else
+                newline_owed = true;
+            break;
+        }
         buf[len++] = c;
         if (len == n - 1) break; // the rest of a long line comes back as the next piece
     }
