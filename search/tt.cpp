@@ -83,7 +83,7 @@ void hash_alloc(int mb) {
 
 void hash_clear() {
     // No search runs while the table is cleared, so one block fill serves for all the words.
-    std::memset(static_cast<void*>(hash_table), 0, hash_size);
+    if (hash_table) std::memset(static_cast<void*>(hash_table), 0, hash_size);
     hash_age = 0;
 }
 
