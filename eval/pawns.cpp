@@ -10,8 +10,10 @@ PawnEntry* pawn_hash = nullptr;
 
 bool pawn_hash_alloc() {
     pawn_hash_free();
-    // Left uncleared on purpose: a stale or random entry cannot pass the check word.
-    pawn_hash = static_cast<PawnEntry*>(std::malloc(PAWN_HASH_ENTRIES * sizeof(PawnEntry)));
+    // Zeroed by the allocator (fresh pages cost nothing to clear), so that no probe ever reads
+    // indeterminate memory; an all-zero entry verifies only for the key 0, which no position with
+    // its two kings has.
+    pawn_hash = static_cast<PawnEntry*>(std::calloc(PAWN_HASH_ENTRIES, sizeof(PawnEntry)));
     return pawn_hash != nullptr;
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 // Pawn structure: scores of pawns and kings, cached in a table shared by all search threads
 // without locks. A torn or foreign entry fails the check word and is recomputed; never blocks.
-// The three words are plain storage read and written only through relaxed atomic_ref, so the
-// table can come straight from the allocator, uncleared (stale contents fail the check).
+// The three words are plain storage read and written only through relaxed atomic_ref; the table
+// starts zeroed, and stale contents fail the check.
 
 #include <atomic>
 #include <cstdint>
