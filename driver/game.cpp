@@ -144,7 +144,8 @@ static LoopStep after_move(SearchThread& game) {
     engine.searching = 0;
     if (engine.game_over) {
         std::puts("tellics kibitz Good Game!");
-        return LoopStep::read;
+        // A line that ended an analysis of the finished game is still to be carried out.
+        return engine.held_line ? LoopStep::redispatch : LoopStep::read;
     }
     // Counted before the move is played into the game, which makes a move of its own.
     const uint64_t nodes = nodes_searched.load(std::memory_order_relaxed);

@@ -231,4 +231,23 @@ TEST(HostileInput, DepthLimitedAnalysisGoesBackToReading) {
     expect_clean_end(engine.finish());
 }
 
+// The line that ends an analysis of a position without a move (mated, or no position a game can
+// reach) is still carried out: "exit" must leave analysis mode, so the ping after it is answered
+// outside the analysis.
+TEST(HostileInput, LineEndingAnAnalysisOfAFinishedGame) {
+    for (const char* fen : {"setboard kK6/8/8/8/8/8/8/8 w - -", "setboard k7/1Q6/1K6/8/8/8/8/8 b - -"}) {
+        SCOPED_TRACE(fen);
+        EngineProcess engine;
+        engine.send("xboard");
+        engine.send(fen);
+        engine.send("analyze");
+        ASSERT_TRUE(engine.wait_for("#analyzing 1\n"));
+        engine.send("exit");
+        engine.send("ping 2");
+        ASSERT_TRUE(engine.wait_for("pong 2\n")) << engine.output();
+        EXPECT_EQ(count_of(engine.output(), "#analyzing"), 1) << engine.output();
+        expect_clean_end(engine.finish());
+    }
+}
+
 } // namespace
