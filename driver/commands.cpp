@@ -18,6 +18,7 @@
 #include "driver/console.h"
 #include "driver/engine_state.h"
 #include "driver/uci.h"
+#include "driver/watcher.h"
 #include "search/threads.h"
 #include "search/tt.h"
 
@@ -328,8 +329,10 @@ static int cmd_time(SearchThread&) {
 
 static int cmd_uci(SearchThread& game) {
     if (engine.xboard_mode) return CMD_DONE;
-    // The UCI loop reads stdin itself, so the watcher must end first.
+    // The UCI loop reads stdin itself, so the watcher must end first; it is joined at once, so
+    // that no way out of the program (a failed table allocation included) leaves it unjoined.
     engine.watcher_quit = 1;
+    join_input_watcher();
     engine.uci_mode     = 1;
     uci_loop(game);
     engine.uci_done = 1;
