@@ -20,7 +20,8 @@ namespace {
 
 int count_of(const std::string& text, const std::string& what) {
     int n = 0;
-    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
+        ++n;
     return n;
 }
 
@@ -142,7 +143,8 @@ TEST_F(NothingLost, RejectedLinesInTheXBoardAndConsoleDialects) {
     };
     run("xboard");
     run("force");
-    for (const char* m : game_moves) run(m);
+    for (const char* m : game_moves)
+        run(m);
     ASSERT_EQ(engine.ply, 6);
     ASSERT_EQ(game_->pos->epsq, 42); // c6
     const GameState before = state_of(*game_);
@@ -193,7 +195,8 @@ TEST_F(NothingLost, UciMoveListsStopAtTheFirstBadToken) {
     };
     const Row rows[] = {
         {"illegal move", "position startpos moves e2e4 e7e5", "position startpos moves e2e4 e7e5 e1e3 g1f3"},
-        {"garbage token", "position startpos moves e2e4 e7e5", "position startpos moves e2e4 e7e5 xyzzy g1f3"},
+        {"garbage token", "position startpos moves e2e4 e7e5",
+         "position startpos moves e2e4 e7e5 xyzzy g1f3"},
         {"missing promotion letter", "position fen 8/P6k/8/8/8/8/8/K7 w - - 0 1 moves",
          "position fen 8/P6k/8/8/8/8/8/K7 w - - 0 1 moves a7a8 h7g7"},
         {"upper-case promotion letter", "position fen 8/P6k/8/8/8/8/8/K7 w - - 0 1 moves",
@@ -217,23 +220,33 @@ TEST_F(NothingLost, UciMoveListsStopAtTheFirstBadToken) {
 // The same from outside: a console game, a barrage of bad lines, and the game list and position
 // printed before and after are the same text.
 TEST(NothingLostTranscript, GameListAndPositionSurviveBadLines) {
-    const std::vector<std::string> game  = {"force", "e2e4", "c7c5", "g1f3", "d7d6"};
-    const std::vector<std::string> bad   = {"e2e4", "xboardd", "sd", "level 1", "perft", "go ", "a",
-                                            std::string(3000, 'x'), "undo 0", "back 0", "flop", "", "e7e5"};
+    const std::vector<std::string> game = {"force", "e2e4", "c7c5", "g1f3", "d7d6"};
+    const std::vector<std::string> bad  = {
+         "e2e4",   "xboardd", "sd",   "level 1", "perft", "go ", "a", std::string(3000, 'x'),
+         "undo 0", "back 0",  "flop", "",        "e7e5"};
     const std::vector<std::string> probe = {"savepos", "list game"};
-    std::vector<std::string> lines = game;
+    std::vector<std::string> lines       = game;
     lines.insert(lines.end(), probe.begin(), probe.end());
     EngineProcess engine;
-    for (const auto& l : lines) engine.send(l);
+    for (const auto& l : lines)
+        engine.send(l);
     ASSERT_TRUE(engine.wait_for("1.e2e4 c7c5 2.g1f3 d7d6 \n"));
-    const std::string first = engine.output();
-    const std::string shown = first.substr(first.rfind("rnbqkbnr"));
+    // The position and the game list, up to the end of the list (the prompt after it may or may
+    // not have arrived yet).
+    const std::string list = "1.e2e4 c7c5 2.g1f3 d7d6 \n";
+    auto shown_in          = [&](const std::string& out) {
+        const size_t from = out.rfind("rnbqkbnr");
+        return out.substr(from, out.find(list, from) + list.size() - from);
+    };
+    const std::string shown = shown_in(engine.output());
     // The long line comes back in two pieces, each rejected as a move of its own.
-    for (const auto& l : bad) engine.send(l);
-    for (const auto& l : probe) engine.send(l);
+    for (const auto& l : bad)
+        engine.send(l);
+    for (const auto& l : probe)
+        engine.send(l);
     ASSERT_TRUE(engine.wait_for("1.e2e4 c7c5 2.g1f3 d7d6 \n"));
     const std::string after = engine.output();
-    EXPECT_EQ(after.substr(after.rfind("rnbqkbnr")), shown) << after;
+    EXPECT_EQ(shown_in(after), shown) << after;
     EXPECT_EQ(count_of(after, "Illegal move: "), 7);
     EngineRun run = engine.finish();
     EXPECT_TRUE(run.exited);
