@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "board/attacks.h"
 #include "board/fen.h"
 #include "board/keys.h"
+#include "board/notation.h"
 #include "driver/commands.h"
 #include "driver/engine_state.h"
 #include "driver/game.h"
@@ -70,6 +72,13 @@ TEST_F(Interpreter, ClockAndDepthSettings) {
         {"folded words", {"LEVEL 1 1:05 1.25"}, 65000, 1250, 1, 1, 0},
         {"level, then time in centiseconds", {"level 40 5 0", "time 30000"}, 300000, 0, 40, 40, 0},
         {"time with '='", {"time=123"}, 1230, 0, 0, 0, 0},
+        // Values past the 32-bit milliseconds fields are held at their limits, never wrapped.
+        {"base time past the field", {"level 1 99999999 0"}, INT32_MAX, 0, 1, 1, 0},
+        {"increment past the field", {"level 0 5 1e300"}, 300000, INT32_MAX, 0, 1000, 0},
+        {"negative increment past the field", {"level 0 5 -1e300"}, 300000, INT32_MIN, 0, 1000, 0},
+        {"increment that is no number", {"level 0 5 nan"}, 300000, 0, 0, 1000, 0},
+        {"time past the field", {"time 999999999"}, INT32_MAX, 0, 0, 0, 0},
+        {"negative time past the field", {"time -999999999"}, INT32_MIN, 0, 0, 0, 0},
         {"missing level argument changes nothing", {"level 40 5"}, 0, 0, 0, 0, 0},
         {"sd", {"sd 5"}, 0, 0, 0, 0, 5},
         {"SD folded", {"SD 5"}, 0, 0, 0, 0, 5},
@@ -134,6 +143,23 @@ TEST_F(Interpreter, SideToMoveKeepsTheKeyConsistent) {
     EXPECT_EQ(game_->keyhist[game_->histidx], game_->key);
     run("white");
     EXPECT_EQ(game_->key, white_key);
+}
+
+// An en-passant square belongs to the side that was to move: after "black" the black pawns beside
+// it must not take "en passant" on it (which would remove their own pawn).
+TEST_F(Interpreter, SideSwitchDropsTheEnPassantSquare) {
+    engine.force_mode = 1;
+    for (const char* m : {"e2e4", "d7d5", "e4e5", "f7f5"})
+        run(m);
+    ASSERT_EQ(game_->pos->epsq, 45); // f6, for White
+    run("black");
+    EXPECT_EQ(game_->pos->epsq, NO_SQUARE);
+    EXPECT_EQ(game_->key, full_key(*game_->pos));
+    for (uint32_t i = 0; i < engine.legal_count; ++i) {
+        const Move m = engine.legal_moves.moves[i];
+        if (m == 0 || move_to(m) != 45) continue;
+        EXPECT_NE(piece_type(game_->pos->board[move_from(m)]), PAWN) << move_text(m);
+    }
 }
 
 TEST_F(Interpreter, TakeBacksRestorePositionAndKeys) {
