@@ -28,7 +28,8 @@ constexpr const char* POSITIONS[] = {
 
 bool is_legal_move(Move m) {
     for (uint32_t i = 0; i < engine.legal_count; ++i)
-        if (engine.legal_moves.moves[i] != 0 && (engine.legal_moves.moves[i] & 0xFFFF) == (m & 0xFFFF)) return true;
+        if (engine.legal_moves.moves[i] != 0 && (engine.legal_moves.moves[i] & 0xFFFF) == (m & 0xFFFF))
+            return true;
     return false;
 }
 

@@ -22,7 +22,8 @@ constexpr int MAX_DISPATCHES_WITHOUT_INPUT = 16;
 
 bool is_fen_line(const char* line) {
     int slashes = 0;
-    for (const char* c = line; *c; ++c) slashes += *c == '/';
+    for (const char* c = line; *c; ++c)
+        slashes += *c == '/';
     return slashes > 6;
 }
 

@@ -13,9 +13,13 @@
 
 static std::deque<std::string> waiting;
 
-void fuzz_input_set(std::vector<std::string> lines) { waiting.assign(lines.begin(), lines.end()); }
+void fuzz_input_set(std::vector<std::string> lines) {
+    waiting.assign(lines.begin(), lines.end());
+}
 
-size_t fuzz_input_left() { return waiting.size(); }
+size_t fuzz_input_left() {
+    return waiting.size();
+}
 
 bool fuzz_input_take(char* buf, int n) {
     if (waiting.empty() || n < 1) return false;
@@ -40,13 +44,22 @@ int64_t get_ms() {
     return static_cast<int64_t>(ts.tv_sec) * 1000 + ts.tv_nsec / 1000000;
 }
 
-bool input_pending() { return !waiting.empty(); }
+// During an XBoard analysis there is always a line: the queue's next one or the closing "exit".
+bool input_pending() {
+    return !waiting.empty() || (engine.xboard_mode.load(std::memory_order_relaxed) && engine.analyze_mode);
+}
 
-bool input_is_console() { return false; }
+bool input_is_console() {
+    return false;
+}
 
 // During a console analysis the user has always pressed a key.
-bool key_waiting() { return engine.analyze_mode != 0; }
-int read_key() { return 'k'; }
+bool key_waiting() {
+    return engine.analyze_mode != 0;
+}
+int read_key() {
+    return 'k';
+}
 
 void clear_screen() {}
 

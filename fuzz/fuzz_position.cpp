@@ -35,7 +35,9 @@ struct Snapshot {
     bool operator==(const Snapshot&) const = default;
 };
 
-Snapshot snapshot(const SearchThread& game) { return {saved(game), game.key, game.histidx}; }
+Snapshot snapshot(const SearchThread& game) {
+    return {saved(game), game.key, game.histidx};
+}
 
 } // namespace
 
@@ -46,7 +48,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     harness_reset();
-    SearchThread& game = *engine.game;
+    SearchThread& game     = *engine.game;
     const std::string text = c_text(data, size);
     // The XBoard set-up path: the position, a new game, the phase recomputed.
     setboard(game, text.c_str());

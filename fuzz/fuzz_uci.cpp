@@ -16,7 +16,8 @@ namespace {
 constexpr int MAX_THREADS_IN_RUN = 4;
 
 // Twice, so that a line ending in a keyword that takes a value still ends with the depth.
-const std::string SHALLOW = " depth " + std::to_string(HARNESS_DEPTH) + " depth " + std::to_string(HARNESS_DEPTH);
+const std::string SHALLOW =
+    " depth " + std::to_string(HARNESS_DEPTH) + " depth " + std::to_string(HARNESS_DEPTH);
 
 std::string guarded(const std::string& line) {
     auto option = [&](const char* prefix, int most) -> std::string {
@@ -41,7 +42,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     engine.uci_mode = 1;
     for (const std::string& raw : split_lines(data, size)) {
         // The line as the loop's reader returns it: up to its first NUL, with a line end added.
-        const std::string line = guarded(c_text(reinterpret_cast<const uint8_t*>(raw.data()), raw.size())) + "\n";
+        const std::string line =
+            guarded(c_text(reinterpret_cast<const uint8_t*>(raw.data()), raw.size())) + "\n";
         if (!uci_command(*engine.game, line.c_str())) break;
     }
     return 0;

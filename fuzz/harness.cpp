@@ -58,7 +58,7 @@ std::vector<std::string> split_lines(const uint8_t* data, size_t size) {
 }
 
 std::string c_text(const uint8_t* data, size_t size) {
-    const void* nul = std::memchr(data, 0, size);
+    const void* nul  = std::memchr(data, 0, size);
     const size_t len = nul ? static_cast<size_t>(static_cast<const uint8_t*>(nul) - data) : size;
     return std::string(reinterpret_cast<const char*>(data), len);
 }
