@@ -1,8 +1,7 @@
-// POSIX implementation of the platform layer. Standard input is read through our own buffer so
-// that "input pending" can see both what we have already pulled from the descriptor and what is
-// still waiting in it, without consuming anything.
+// POSIX implementation of the platform layer. Standard input is read through the line reader's
+// buffer, so that "input pending" can see both what we have already pulled from the descriptor and
+// what is still waiting in it, without consuming anything.
 
-#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -14,37 +13,23 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include "driver/line_reader.h"
 #include "driver/platform.h"
 
 namespace {
 
-constexpr int STDIN_FD            = 0;
-constexpr size_t READ_BUFFER_SIZE = 1 << 16;
+constexpr int STDIN_FD = 0;
 
-// The reader (main thread) alone touches the buffer and its indices; the input watcher only
-// reads how many bytes are buffered.
-char read_buffer[READ_BUFFER_SIZE];
-size_t read_start = 0, read_end = 0;
-// The last line ended at a carriage return whose newline had not arrived yet: a newline that
-// begins the next read still belongs to that line end.
-bool newline_owed = false;
-std::atomic<size_t> buffered_bytes{0};
-
-void publish_buffered() {
-    buffered_bytes.store(read_end - read_start, std::memory_order_relaxed);
-}
-
-// Fills the buffer when it is empty; false at end of input or on an error.
-bool fill_buffer() {
+// Reads what the descriptor has, waiting for at least one byte; 0 at end of input or on an error.
+size_t fill_from_stdin(char* to, size_t size) {
     for (;;) {
-        ssize_t got = read(STDIN_FD, read_buffer, READ_BUFFER_SIZE);
+        const ssize_t got = read(STDIN_FD, to, size);
         if (got < 0 && errno == EINTR) continue;
-        if (got <= 0) return false;
-        read_start = 0;
-        read_end   = static_cast<size_t>(got);
-        return true;
+        return got > 0 ? static_cast<size_t>(got) : 0;
     }
 }
+
+constinit LineReader reader(fill_from_stdin);
 
 // The terminal switched to single-key mode (no line editing, no echo) for as long as it lives.
 class RawTerminal {
@@ -85,14 +70,16 @@ int64_t get_ms() {
 }
 
 bool input_pending() {
-    if (buffered_bytes.load(std::memory_order_relaxed) > 0) return true;
+    if (reader.has_buffered()) return true;
     pollfd p{STDIN_FD, POLLIN, 0};
     if (poll(&p, 1, 0) <= 0) return false;
     // End of input and errors count as pending too: the reader must get to see them.
     return (p.revents & (POLLIN | POLLHUP | POLLERR | POLLNVAL)) != 0;
 }
 
-bool input_is_console() { return isatty(STDIN_FD) != 0; }
+bool input_is_console() {
+    return isatty(STDIN_FD) != 0;
+}
 
 bool key_waiting() {
     if (!isatty(STDIN_FD)) return false;
@@ -127,41 +114,7 @@ void sleep_ms(int ms) {
 }
 
 bool read_line(char* buf, int n) {
-    if (n < 2) {
-        if (n == 1) buf[0] = '\0';
-        return n == 1;
-    }
-    int len = 0;
-    for (;;) {
-        if (read_start == read_end && !fill_buffer()) {
-            // A last line without its newline still counts as a line.
-            newline_owed = false;
-            buf[len] = '\0';
-            publish_buffered();
-            return len > 0;
-        }
-        char c = read_buffer[read_start++];
-        if (c == '\n' && newline_owed && len == 0) {
-            newline_owed = false;
-            continue;
-        }
-        newline_owed = false;
-        if (c == '\n') break;
-        if (c == '\r') {
-            // A carriage return ends a line as well, so that input with carriage returns alone
-            // is not run together; with a newline right after it, the two are one line end.
-            if (read_start < read_end)
-                read_start += read_buffer[read_start] == '\n';
-            else
-                newline_owed = true;
-            break;
-        }
-        buf[len++] = c;
-        if (len == n - 1) break; // the rest of a long line comes back as the next piece
-    }
-    buf[len] = '\0';
-    publish_buffered();
-    return true;
+    return reader.read_line(buf, n);
 }
 
 void exit_if_output_lost() {
