@@ -147,3 +147,20 @@ template <typename Visit> void walk_suite(int depth, Visit visit) {
         walk(*game, depth, visit);
     }
 }
+
+// True when the move is one of the legal moves of the position (the search's quiet mark aside).
+inline bool is_legal_move(const Position& p, Move m) {
+    Move list[MAX_MOVES];
+    uint32_t n = 0;
+    if (p.incheck) {
+        gen_evasions(p, list, &n, 1);
+    } else {
+        uint32_t quiets = 0;
+        gen_captures(p, list, &n, 1);
+        gen_quiets(p, list + n, &quiets);
+        n += quiets;
+    }
+    for (uint32_t i = 0; i < n; ++i)
+        if ((list[i] & 0xFFFF) == (m & 0xFFFF & ~QUIET_MARK) && legal(p, list[i])) return true;
+    return false;
+}

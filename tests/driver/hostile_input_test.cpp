@@ -15,13 +15,6 @@
 
 namespace {
 
-int count_of(const std::string& text, const std::string& what) {
-    int n = 0;
-    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
-        ++n;
-    return n;
-}
-
 const std::string BANNER = STARTUP_LINES + NO_SETTINGS;
 
 void expect_clean_end(const EngineRun& run) {

@@ -18,13 +18,6 @@
 
 namespace {
 
-int count_of(const std::string& text, const std::string& what) {
-    int n = 0;
-    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
-        ++n;
-    return n;
-}
-
 // Everything a rejected line must leave alone, compared byte for byte.
 struct GameState {
     Position position;

@@ -6,35 +6,18 @@
 #include <cstring>
 #include <string>
 
-#include <unistd.h>
-
 #include "bench/search_harness.h"
+#include "board/board_helpers.h"
 #include "board/makemove.h"
 #include "board/movegen.h"
 #include "board/notation.h"
+#include "driver/piped_stdin.h"
 
 namespace {
 
 constexpr const char* KIWIPETE = "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq -";
 // White mates in two: 1.Ra6 bxa6 2.b7#.
 constexpr const char* MATE_IN_TWO = "kbK5/pp6/1P6/8/8/8/8/R7 w - - 0 1";
-
-// True when the move is one of the legal moves of the position (the search's quiet mark aside).
-bool is_legal_move(const Position& p, Move m) {
-    Move list[MAX_MOVES];
-    uint32_t n = 0;
-    if (p.incheck) {
-        gen_evasions(p, list, &n, 1);
-    } else {
-        uint32_t quiets = 0;
-        gen_captures(p, list, &n, 1);
-        gen_quiets(p, list + n, &quiets);
-        n += quiets;
-    }
-    for (uint32_t i = 0; i < n; ++i)
-        if ((list[i] & 0xFFFF) == (m & 0xFFFF & ~QUIET_MARK) && legal(p, list[i])) return true;
-    return false;
-}
 
 class ThreadedSearch : public testing::Test {
   protected:
@@ -118,30 +101,6 @@ struct OutputRow {
     const char* last_lines; // the end of the output, with the best move written as %s
 };
 
-// An empty pipe on standard input for the lifetime of the object: nothing typed, nothing ending.
-// (A console analysis fed through a pipe ends as soon as a line or the end of input waits.)
-class QuietStdin {
-  public:
-    QuietStdin() {
-        saved_ = dup(0);
-        int fds[2];
-        EXPECT_EQ(pipe(fds), 0);
-        dup2(fds[0], 0);
-        close(fds[0]);
-        writer_ = fds[1];
-    }
-    ~QuietStdin() {
-        close(writer_);
-        dup2(saved_, 0);
-        close(saved_);
-    }
-    QuietStdin(const QuietStdin&)            = delete;
-    QuietStdin& operator=(const QuietStdin&) = delete;
-
-  private:
-    int saved_ = -1, writer_ = -1;
-};
-
 // Which dialect prints what once the search is over.
 TEST(Think, FinalOutputByDialect) {
     harness_tables_init();
@@ -175,7 +134,8 @@ TEST(Think, FinalOutputByDialect) {
         engine.depth_limit   = 2;
         testing::internal::CaptureStdout();
         {
-            QuietStdin quiet;
+            // Nothing typed and nothing ending: a piped console analysis runs to its depth.
+            PipedStdin quiet;
             think(*game);
         }
         const std::string out = testing::internal::GetCapturedStdout();

@@ -64,3 +64,11 @@ EngineRun run_engine(const std::vector<std::string>& lines, const EngineSetup& s
 inline const std::string STARTUP_LINES = "Morvaine v2.0.34\nthreads=1\nhash=128MB\n";
 inline const std::string NO_SETTINGS   = "mo.ini file not found\n";
 inline const std::string END_OF_INPUT  = "found exit EXIT_FAILURE\n";
+
+// How many times what stands in text (overlapping matches included).
+inline int count_of(const std::string& text, const std::string& what) {
+    int n = 0;
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
+        ++n;
+    return n;
+}

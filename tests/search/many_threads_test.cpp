@@ -8,27 +8,12 @@
 #include <string>
 
 #include "bench/search_harness.h"
+#include "board/board_helpers.h"
 #include "board/makemove.h"
 #include "board/movegen.h"
 #include "board/notation.h"
 
 namespace {
-
-bool is_legal_move(const Position& p, Move m) {
-    Move list[MAX_MOVES];
-    uint32_t n = 0;
-    if (p.incheck) {
-        gen_evasions(p, list, &n, 1);
-    } else {
-        uint32_t quiets = 0;
-        gen_captures(p, list, &n, 1);
-        gen_quiets(p, list + n, &quiets);
-        n += quiets;
-    }
-    for (uint32_t i = 0; i < n; ++i)
-        if ((list[i] & 0xFFFF) == (m & 0xFFFF & ~QUIET_MARK) && legal(p, list[i])) return true;
-    return false;
-}
 
 TEST(ManyThreads, EveryCountAnswersFromTheSharedTable) {
     struct Row {
