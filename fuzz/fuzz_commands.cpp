@@ -5,6 +5,8 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <string>
+#include <vector>
 
 #include "driver/commands.h"
 #include "driver/engine_state.h"
@@ -17,7 +19,8 @@ namespace {
 
 constexpr int MAX_THREADS_IN_RUN = 4;
 constexpr int MAX_PERFT_DEPTH    = 3;
-// Dispatches without reading a line: an analysis ended by a line gives one, its reset rule one more.
+// Dispatches in a row that consumed no line (neither the loop nor an analysis read one): an
+// analysis ended by a line gives one, its reset rule one more.
 constexpr int MAX_DISPATCHES_WITHOUT_INPUT = 16;
 
 bool is_fen_line(const char* line) {
@@ -52,6 +55,20 @@ bool guard_line(char* line) {
     return true;
 }
 
+// The lines the engine's reader would hand over (a long line in pieces), each one guarded, so
+// that a line read by an analysis is held to the same limits as one read by the loop.
+std::vector<std::string> guarded_input(const uint8_t* data, size_t size) {
+    std::vector<std::string> pieces;
+    char line[INPUT_SIZE];
+    for (const std::string& whole : split_lines(data, size))
+        for (size_t at = 0; at == 0 || at < whole.size(); at += INPUT_SIZE - 1) {
+            const std::string piece = whole.substr(at, INPUT_SIZE - 1);
+            std::memcpy(line, piece.c_str(), piece.size() + 1);
+            if (guard_line(line)) pieces.emplace_back(line);
+        }
+    return pieces;
+}
+
 // Outside analysis every search is a depth search of a few plies (depth mode wins over the clock).
 void keep_searches_short() {
     if (engine.analyze_mode) return;
@@ -67,7 +84,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     harness_reset();
-    fuzz_input_set(split_lines(data, size));
+    fuzz_input_set(guarded_input(data, size));
     SearchThread& game = *engine.game;
     int last           = CMD_NONE;
     LoopStep step      = LoopStep::read;
@@ -78,14 +95,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             last = before_prompt(game, last);
             // The end of input ends the engine here.
             if (!fuzz_input_take(engine.line, INPUT_SIZE)) break;
-            engine.line[std::strcspn(engine.line, "\r\n")] = '\0';
-            if (engine.line[0] == '\0' || !guard_line(engine.line)) continue;
-            without_input = 0;
+            if (engine.line[0] == '\0') continue;
         } else if (++without_input > MAX_DISPATCHES_WITHOUT_INPUT) {
             finding("the loop keeps dispatching without reading input");
         }
         keep_searches_short();
-        step = dispatch_line(game, last);
+        // Lines an analysis reads while it runs count as input as much as the loop's own.
+        const size_t left = fuzz_input_left();
+        step              = dispatch_line(game, last);
+        if (step != LoopStep::redispatch || fuzz_input_left() < left) without_input = 0;
         if (step == LoopStep::quit) break;
     }
     return 0;
