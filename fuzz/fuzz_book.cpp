@@ -17,7 +17,11 @@
 
 namespace {
 
-std::string book_path;
+// The file each input is written to, one per fuzzing process.
+const std::string& book_path() {
+    static const std::string path = "/tmp/morvaine-fuzz-book-" + std::to_string(getpid()) + ".bin";
+    return path;
+}
 
 constexpr const char* POSITIONS[] = {
     START_FEN,
@@ -35,22 +39,16 @@ bool is_legal_move(Move m) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    harness_init();
-    book_path = "/tmp/morvaine-fuzz-book-" + std::to_string(getpid()) + ".bin";
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size == 0) return 0;
     harness_reset();
     const uint8_t settings = data[0];
-    std::FILE* f           = std::fopen(book_path.c_str(), "wb");
+    std::FILE* f           = std::fopen(book_path().c_str(), "wb");
     if (!f) return 0;
     std::fwrite(data + 1, 1, size - 1, f);
     std::fclose(f);
 
-    std::snprintf(engine.book_name, sizeof engine.book_name, "%s", book_path.c_str());
+    std::snprintf(engine.book_name, sizeof engine.book_name, "%s", book_path().c_str());
     engine.pickbest     = settings & 1;
     engine.book_random  = (settings >> 1) & 3;
     engine.bookdepth    = (settings >> 3) & 3;

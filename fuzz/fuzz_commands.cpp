@@ -77,11 +77,6 @@ void keep_searches_short() {
 
 } // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    harness_init();
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     harness_reset();
     fuzz_input_set(guarded_input(data, size));

@@ -41,11 +41,6 @@ Snapshot snapshot(const SearchThread& game) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    harness_init();
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     harness_reset();
     SearchThread& game     = *engine.game;

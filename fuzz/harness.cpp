@@ -9,12 +9,18 @@
 #include "driver/game.h"
 #include "fuzz/fuzz_platform.h"
 
-void harness_init() {
+static void harness_init() {
     harness_tables_init();
     engine.game      = new SearchThread();
     engine.game->pos = &engine.game->stack[0];
     set_threads(1);
     hash_alloc(HARNESS_HASH_MB);
+}
+
+// libFuzzer calls this once before the first input, in every target.
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    harness_init();
+    return 0;
 }
 
 void harness_reset() {

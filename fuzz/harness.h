@@ -1,8 +1,8 @@
 #pragma once
-// Shared by the fuzz targets: start-up without the banner, the input watcher or a big table, a
-// reset to a fresh engine before every input, the engine's own line splitting, and the guards
-// that keep one input short (small tables, few threads, shallow searches) without touching the
-// engine.
+// Shared by the fuzz targets: start-up (libFuzzer's initialisation hook, defined here for every
+// target) without the banner, the input watcher or a big table, a reset to a fresh engine before
+// every input, the engine's own line splitting, and the guards that keep one input short (small
+// tables, few threads, shallow searches) without touching the engine.
 
 #include <cstddef>
 #include <cstdint>
@@ -14,7 +14,6 @@ inline constexpr int HARNESS_HASH_MB = 2;
 // The deepest search a run may start outside analysis (analysis ends when a line arrives).
 inline constexpr int HARNESS_DEPTH = 3;
 
-void harness_init();
 // Back to the engine just after start-up: every EngineState field as start-up leaves it, one
 // fresh search thread, the small table, the start position with its legal moves, no input.
 void harness_reset();
