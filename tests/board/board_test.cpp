@@ -1,0 +1,119 @@
+// The board against independent truths: perft counts of the suite, the published book keys, and
+// everything make-move keeps incrementally against a recomputation from the position's FEN.
+
+#include <cstring>
+
+#include "board/perft.h"
+#include "support.h"
+
+namespace {
+
+// Each (position, depth) of the suite up to this many leaves: about 150 million in all.
+constexpr uint64_t SUITE_LEAF_LIMIT = 5'000'000;
+
+TEST(Perft, Suite) {
+    const auto suite = perft_suite();
+    ASSERT_EQ(suite.size(), 120u);
+    for (const auto& e : suite) {
+        auto game = game_from(e.fen);
+        for (const auto& [depth, leaves] : e.counts) {
+            if (leaves > SUITE_LEAF_LIMIT) continue;
+            SCOPED_TRACE(e.fen + " depth " + std::to_string(depth));
+            perft_totals = PerftTotals{};
+            perft(*game, depth);
+            EXPECT_EQ(static_cast<uint64_t>(perft_totals.moves), leaves);
+        }
+    }
+}
+
+// The key vectors of the book format: pieces, castling rights lost by king moves, en-passant
+// squares that count only with a pawn beside the pushed one.
+TEST(Keys, PublishedVectors) {
+    const struct {
+        const char* moves;
+        uint64_t key;
+    } rows[] = {
+        {"", 0x463B96181691FC9CULL},
+        {"e2e4", 0x823C9B50FD114196ULL},
+        {"e2e4 d7d5", 0x0756B94461C50FB0ULL},
+        {"e2e4 d7d5 e4e5", 0x662FAFB965DB29D4ULL},
+        {"e2e4 d7d5 e4e5 f7f5", 0x22A48B5A8E47FF78ULL},
+        {"e2e4 d7d5 e4e5 f7f5 e1e2", 0x652A607CA3F242C1ULL},
+        {"e2e4 d7d5 e4e5 f7f5 e1e2 e8f7", 0x00FDD303C946BDD9ULL},
+        {"a2a4 b7b5 h2h4 b5b4 c2c4", 0x3C8123EA7B067637ULL},
+        {"a2a4 b7b5 h2h4 b5b4 c2c4 b4c3 a1a3", 0x5C3F9B829B279560ULL},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.moves);
+        auto game = game_from(START_FEN);
+        std::istringstream words(r.moves);
+        for (std::string w; words >> w;) {
+            Move list[MAX_MOVES];
+            const uint32_t n = legal_moves(game->stack[0], list);
+            uint32_t i       = 0;
+            while (i < n && move_text(list[i]) != w)
+                ++i;
+            ASSERT_LT(i, n) << w << " is not legal";
+            commit_move(*game, list[i]);
+        }
+        EXPECT_EQ(game->key, r.key);
+        EXPECT_EQ(game_from(fen_of(game->stack[0]))->key, r.key);
+    }
+}
+
+// A hash of the 781 numbers in order, taken from the book format's published table.
+TEST(Keys, TableHoldsThePublishedNumbers) {
+    uint64_t h = 0;
+    for (uint64_t v : Random64)
+        h = (h * 0x100000001B3ULL) ^ v;
+    EXPECT_EQ(h, 0xCEDA46E0371ABD1AULL);
+}
+
+// Through thousands of random games: a move made and taken back leaves the record byte for byte as
+// it was, and every position reached agrees with the same position set up from its FEN (keys,
+// bitboards, kings, check, pins, and the material sums until a castling adds its bonus). The phase
+// grows by the weight of each captured piece and, as the evaluation wants, not by promotions.
+TEST(MakeMove, PlayoutsAgreeWithRecomputation) {
+    bool castled  = false;
+    int phase     = 0;
+    int positions = 0;
+    playouts(4, 200, [&](SearchThread& game, Move m) {
+        const Position& p = game.stack[0];
+        if (game.histidx == 0) {
+            castled = false;
+            phase   = p.phase;
+        }
+        const std::string where = fen_of(p);
+        Position q              = position_of(where);
+        ASSERT_EQ(game.key, full_key(q)) << where;
+        ASSERT_EQ(game.keyhist[game.histidx], game.key) << where;
+        ASSERT_EQ(p.pawnkey, q.pawnkey) << where;
+        ASSERT_EQ(std::memcmp(p.board, q.board, sizeof p.board), 0) << where;
+        ASSERT_EQ(p.colour_bb[WHITE], q.colour_bb[WHITE]) << where;
+        ASSERT_EQ(p.colour_bb[BLACK], q.colour_bb[BLACK]) << where;
+        ASSERT_EQ(std::memcmp(p.type_bb, q.type_bb, sizeof p.type_bb), 0) << where;
+        ASSERT_EQ(p.wking, q.wking) << where;
+        ASSERT_EQ(p.bking, q.bking) << where;
+        ASSERT_EQ(p.incheck, q.incheck) << where;
+        ASSERT_EQ(p.pinned, q.pinned) << where;
+        ASSERT_EQ(p.phase, static_cast<uint8_t>(phase)) << where;
+        if (!castled) {
+            ASSERT_EQ(p.mg, q.mg) << where;
+            ASSERT_EQ(p.eg, q.eg) << where;
+        }
+        Position before;
+        std::memcpy(&before, game.pos, sizeof before);
+        const uint64_t key = game.key;
+        make_move(game, m);
+        unmake_move(game);
+        ASSERT_EQ(std::memcmp(game.pos, &before, sizeof before), 0) << where << " " << move_text(m);
+        ASSERT_EQ(game.key, key);
+        const int from = move_from(m), to = move_to(m);
+        castled |= piece_type(p.board[from]) == KING && (to - from == 2 || from - to == 2);
+        if (p.board[to] != EMPTY) phase += phase_weight[piece_type(p.board[to])];
+        ++positions;
+    });
+    EXPECT_GT(positions, 50000);
+}
+
+} // namespace

@@ -1,0 +1,97 @@
+#pragma once
+// Shared by the property tests: the start-up tables, game records from FEN, the perft suite of
+// tests/data, the legal moves of a position and random legal games played from the suite.
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <memory>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "bench/search_harness.h"
+#include "board/makemove.h"
+#include "board/movegen.h"
+#include "board/notation.h"
+
+// The record is far too large for a test's stack.
+inline std::unique_ptr<SearchThread> game_from(const std::string& fen) {
+    harness_tables_init();
+    auto game = std::make_unique<SearchThread>();
+    setboard(*game, fen.c_str());
+    return game;
+}
+
+// The position of the text, set up in a record kept for the next call.
+inline const Position& position_of(const std::string& fen) {
+    static const auto game = game_from(START_FEN);
+    setboard(*game, fen.c_str());
+    return game->stack[0];
+}
+
+inline std::string fen_of(const Position& p) {
+    char text[100];
+    fen_text(p, text);
+    return text;
+}
+
+// One EPD line: the position and its ";Dn leaves" counts.
+struct SuiteEntry {
+    std::string fen;
+    std::vector<std::pair<int, uint64_t>> counts;
+};
+
+inline std::vector<SuiteEntry> perft_suite() {
+    std::ifstream in(MORVAINE_SOURCE_DIR "/tests/data/perft_suite.epd");
+    std::vector<SuiteEntry> suite;
+    for (std::string line; std::getline(in, line);) {
+        if (line.empty() || line[0] == '#') continue;
+        SuiteEntry e{line.substr(0, line.find(" ;")), {}};
+        for (size_t at = line.find(";D"); at != std::string::npos; at = line.find(";D", at + 1)) {
+            std::istringstream fields(line.substr(at + 2));
+            int depth       = 0;
+            uint64_t leaves = 0;
+            fields >> depth >> leaves;
+            e.counts.emplace_back(depth, leaves);
+        }
+        suite.push_back(e);
+    }
+    return suite;
+}
+
+inline uint32_t legal_moves(const Position& p, Move* out) {
+    Move list[MAX_MOVES];
+    uint32_t n = 0, quiets = 0;
+    if (p.incheck) {
+        gen_evasions(p, list, &n, 1);
+    } else {
+        gen_captures(p, list, &n, 1);
+        gen_quiets(p, list + n, &quiets);
+        n += quiets;
+    }
+    uint32_t k = 0;
+    for (uint32_t i = 0; i < n; ++i)
+        if (legal(p, list[i])) out[k++] = list[i];
+    return k;
+}
+
+// Plays random legal games (fixed seed) from every suite position: visit(game, move) sees each
+// position and the move chosen in it, which is then committed.
+template <class Visit> void playouts(int games_per_start, int plies, Visit visit) {
+    std::mt19937 rng(20240611);
+    Move moves[MAX_MOVES];
+    for (const auto& entry : perft_suite()) {
+        for (int g = 0; g < games_per_start; ++g) {
+            auto game = game_from(entry.fen);
+            for (int ply = 0; ply < plies && !testing::Test::HasFatalFailure(); ++ply) {
+                const uint32_t n = legal_moves(game->stack[0], moves);
+                if (n == 0 || game->stack[0].rule50 >= 100) break;
+                const Move m = moves[rng() % n];
+                visit(*game, m);
+                commit_move(*game, m);
+            }
+        }
+    }
+}
