@@ -45,7 +45,8 @@ TEST(Evaluate, ColourFlippedTwinScoresAlike) {
     EXPECT_GT(compared, 30000);
 }
 
-// Threads that keep overwriting one cache entry with different structures never read back a mix.
+// Threads that keep overwriting one cache entry with different structures never read back a mix,
+// and leave behind one whole entry of one of them.
 TEST(PawnCache, SharedEntryUnderConcurrentWriters) {
     const char* fens[] = {
         START_FEN,
@@ -77,6 +78,12 @@ TEST(PawnCache, SharedEntryUnderConcurrentWriters) {
     for (auto& th : threads)
         th.join();
     EXPECT_EQ(wrong.load(), 0);
+    const PawnEntry& e = pawn_hash[SHARED_INDEX];
+    int whole          = 0;
+    for (size_t k = 0; k < positions.size(); ++k)
+        whole += e.check == (positions[k].pawnkey ^ expected[k].score ^ expected[k].stops) &&
+                 e.score == expected[k].score && e.stops == expected[k].stops;
+    EXPECT_EQ(whole, 1);
 }
 
 } // namespace
