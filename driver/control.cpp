@@ -7,6 +7,8 @@
 #include <mutex>
 
 #include "board/fen.h"
+#include "board/makemove.h"
+#include "board/movegen.h"
 #include "board/notation.h"
 #include "board/playable.h"
 #include "driver/commands.h"
@@ -21,13 +23,49 @@ constexpr uint64_t NO_HARD_LIMIT = 1ULL << 30;
 // A move-time search gives this much back for the answer to travel.
 constexpr int MOVE_TIME_RESERVE = 150;
 constexpr int POLL_MS           = 2;
-// The hard limit only cuts a search once an iteration of this depth has produced its best move.
-constexpr int HARD_LIMIT_DEPTH = 13;
+// Without a running clock (a console "go", a GUI's clock at zero) and in the depth and move-time
+// modes, the time limits only apply once an iteration of this depth is complete.
+constexpr int UNTIMED_LIMIT_DEPTH = 14;
+// Sudden death: the clock is spread as if this many moves were left.
+constexpr int64_t SUDDEN_DEATH_MOVES = 40;
+// A control of more moves than this is planned as this many.
+constexpr int64_t MOST_PLANNED_MOVES = 50;
 
-TimeAllotment compute_limits(int depth_limit, int move_time, int time_left, int increment, int moves_to_go) {
+// Each move costs some time beside its search (the answer's way to the GUI, the GUI's own work):
+// without an increment to pay for it, this much is kept back for every move still to come.
+constexpr int64_t LAG_PER_MOVE = 10;
+
+// Clock mode: the usable time (what the clock shows less the overhead and the lag of the moves
+// still to come) spread over the moves to the next control, with a soft limit per stability slot
+// and a hard cap that keeps enough for the moves after this one even if each of them used its own
+// cap. The limits apply from the first iteration on, so a search never flags.
+// 64-bit arithmetic throughout: the inputs come straight from the GUI and may be anything.
+static void clock_limits(TimeAllotment& ta, int64_t time_left, int64_t inc, int moves_to_go, int64_t overhead) {
+    inc               = std::max<int64_t>(inc, 0);
+    const int64_t moves =
+        moves_to_go > 0 ? std::min<int64_t>(moves_to_go, MOST_PLANNED_MOVES) : SUDDEN_DEATH_MOVES;
+    const int64_t lag    = inc >= LAG_PER_MOVE ? 0 : LAG_PER_MOVE * (moves - 1);
+    const int64_t usable = std::max<int64_t>(time_left - std::max<int64_t>(overhead, 0) - lag, 1);
+    // The increment comes back after the move; three quarters of it is spent at once.
+    int64_t target = usable / moves + inc * 3 / 4;
+    // The last move of a control may take most of what is left; any other at most four tenths of
+    // it, and three times its share.
+    const int64_t hard = moves == 1 ? usable * 8 / 10 : std::min(usable * 4 / 10, target * 3);
+    target             = std::min(target, hard);
+    // A best move that keeps changing earns up to 1.4 times the target, a settled one half of it.
+    for (int k = 0; k < 10; ++k)
+        ta.time_limits[k] = static_cast<uint64_t>(std::max<int64_t>(target * (5 + k) / 10, 1));
+    ta.hard_limit      = static_cast<uint64_t>(std::max<int64_t>(hard, 1));
+    ta.set_time_limits = true;
+    ta.limit_depth     = 0;
+}
+
+TimeAllotment compute_limits(int depth_limit, int move_time, int time_left, int increment, int moves_to_go,
+                             int overhead) {
     TimeAllotment ta{};
-    ta.max_depth  = MAX_DEPTH;
-    ta.hard_limit = NO_HARD_LIMIT;
+    ta.max_depth   = MAX_DEPTH;
+    ta.hard_limit  = NO_HARD_LIMIT;
+    ta.limit_depth = UNTIMED_LIMIT_DEPTH;
     if (depth_limit > 0) {
         ta.max_depth = std::min(depth_limit, MAX_DEPTH);
         return ta;
@@ -37,30 +75,14 @@ TimeAllotment compute_limits(int depth_limit, int move_time, int time_left, int 
         return ta;
     }
 
-    // 64-bit arithmetic throughout: the inputs come straight from the GUI and may be anything.
-    const int64_t t = time_left, inc = increment;
-    int64_t n = 25, d = 3;
-    double base = 0.5, spread = 0.75;
-    if (moves_to_go > 0) {
-        n      = std::min<int64_t>(moves_to_go, 25);
-        d      = std::min<int64_t>(n, 3);
-        base   = 0.6;
-        spread = 0.7000000000000001; // the double just above 0.7: the limits depend on it to the unit
+    // A running clock is planned; without one (no time left, no increment) the search goes on until
+    // depth 14 has its best move, the hard limit of 0 stopping it there.
+    if (time_left > 0 || increment > 0) {
+        clock_limits(ta, time_left, increment, moves_to_go, overhead);
+    } else {
+        ta.hard_limit      = 0;
+        ta.set_time_limits = true;
     }
-    int64_t a = t >= 20000 ? t - 1150 : t - (t / 20 + 150);
-    if (a < 1) a = 1;
-    const int64_t target = a / n + inc;
-    for (int k = 0; k < 10; ++k) {
-        const double v = (base + (k * spread) / 9) * static_cast<double>(target);
-        // A negative target (a negative increment) leaves no soft limit, as 0 means none.
-        if (v >= static_cast<double>(a))
-            ta.time_limits[k] = static_cast<uint64_t>(a);
-        else
-            ta.time_limits[k] = v > 0 ? static_cast<uint64_t>(v) : 0;
-    }
-    const int64_t hard = std::min(a, inc + a / d);
-    ta.hard_limit      = hard > 0 ? static_cast<uint64_t>(hard) : 0;
-    ta.set_time_limits = true;
     return ta;
 }
 
@@ -158,10 +180,28 @@ static void input_check(SearchThread& game) {
     }
 }
 
+// The first legal move of the position, or no move.
+static Move first_legal_move(const Position& p) {
+    Move list[MAX_MOVES];
+    uint32_t n = 0, quiets = 0;
+    if (p.incheck) {
+        gen_evasions(p, list, &n, 1);
+    } else {
+        gen_captures(p, list, &n, 1);
+        gen_quiets(p, list + n, &quiets);
+        n += quiets;
+    }
+    for (uint32_t i = 0; i < n; ++i)
+        if (legal(p, list[i])) return list[i];
+    return 0;
+}
+
 // The answer in the dialect's form: UCI gets the final info line and "bestmove"; the others get
-// "move" unless the search was a ponder search or an analysis.
-static void print_result() {
-    const Move best = sc.pv_table[0][0];
+// "move" unless the search was a ponder search or an analysis. A search stopped before its first
+// iteration had a best move answers the fallback: any legal move beats none.
+static void print_result(Move fallback) {
+    Move best = sc.pv_table[0][0];
+    if ((best & SQUARE_BITS) == 0) best = fallback;
     if (engine.uci_mode.load(std::memory_order_relaxed)) {
         print_info();
         std::printf("bestmove %s\n", move_text(best));
@@ -172,13 +212,17 @@ static void print_result() {
 
 void think(SearchThread& game) {
     const TimeAllotment ta = compute_limits(engine.depth_limit, engine.move_time, engine.time_left,
-                                            engine.increment, engine.moves_to_go);
+                                            engine.increment, engine.moves_to_go, engine.move_overhead);
     sc.max_depth           = ta.max_depth;
     sc.hard_limit          = ta.hard_limit;
+    // A ponder search runs until the opponent's move arrives, whatever the clock.
+    sc.limit_depth         = engine.pondering ? MAX_DEPTH + 1 : ta.limit_depth;
     if (ta.set_time_limits) std::copy(std::begin(ta.time_limits), std::end(ta.time_limits), sc.time_limits);
     sc.search_start = get_ms();
     pst_init(*game.pos);
+    Move fallback = 0;
     if (position_playable(*game.pos)) {
+        fallback = first_legal_move(*game.pos);
         start_search(game);
     } else {
         // Nothing is searched: the answer is no move, with no nodes counted. An XBoard analysis
@@ -195,12 +239,12 @@ void think(SearchThread& game) {
             std::lock_guard<std::mutex> hold(sc.search_lock);
             sc.elapsed = static_cast<double>(get_ms() - sc.search_start);
             if (sc.elapsed >= static_cast<double>(sc.hard_limit) &&
-                sc.best_depth.load(std::memory_order_relaxed) > HARD_LIMIT_DEPTH)
+                sc.best_depth.load(std::memory_order_relaxed) >= sc.limit_depth)
                 sc.stop.store(1, std::memory_order_relaxed);
         }
         input_check(game);
         sleep_ms(POLL_MS);
     }
     join_search();
-    print_result();
+    print_result(fallback);
 }

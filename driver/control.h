@@ -11,9 +11,12 @@ struct TimeAllotment {
     uint64_t hard_limit;
     uint64_t time_limits[10];
     bool set_time_limits; // clock mode computed new soft limits
+    int limit_depth;      // the depth from which the time limits apply
 };
-// The limits for the given clock inputs (pure; think applies them).
-TimeAllotment compute_limits(int depth_limit, int move_time, int time_left, int increment, int moves_to_go);
+// The limits for the given clock inputs (pure; think applies them). The overhead is the time, in
+// ms, that the answer may take to reach the GUI's clock.
+TimeAllotment compute_limits(int depth_limit, int move_time, int time_left, int increment, int moves_to_go,
+                             int overhead);
 
 // Clears the clock inputs of EngineState and every per-search value of the search control (stop,
 // start time, limits, soft-limit table, best-move record), as a UCI "go" starts from nothing.

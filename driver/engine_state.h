@@ -15,6 +15,7 @@ constexpr int CMD_NONE = 0, CMD_DONE = 1, CMD_POSITION = 2, CMD_FORCE = 3;
 constexpr int INPUT_SIZE = 2048;
 constexpr int GAME_HISTORY = 1024;
 constexpr int MAX_GAME_PLY = 768;
+constexpr int DEFAULT_MOVE_OVERHEAD = 50; // ms
 
 struct EngineState {
     std::atomic<int> xboard_mode;
@@ -37,6 +38,8 @@ struct EngineState {
     int display_depth;
     int ping_pending;
     int32_t time_left, increment, moves_to_go, level_moves, depth_limit, move_time;
+    // Taken off every clock budget for the time the answer takes to reach the GUI's clock.
+    int32_t move_overhead = DEFAULT_MOVE_OVERHEAD;
     int cores;
     int trace, xtrace;
     int book_mode;

@@ -23,8 +23,6 @@ void lmr_init() {
 }
 
 static constexpr int LAST_TIME_SLOT = 9;
-// Soft time limits are only consulted once this depth is complete.
-static constexpr int TIME_CHECK_DEPTH = 14;
 // Aspiration: full window for the first depths, then a narrow one around the last score.
 static constexpr int FULL_WINDOW_DEPTH = 4;
 static constexpr int DELTA_PONDER = 80, DELTA_NORMAL = 10;
@@ -178,7 +176,7 @@ static void deepen(SearchThread& t) {
         if (main) {
             report();
             const uint64_t limit = sc.time_limits[sc.time_slot.load(std::memory_order_relaxed)];
-            if (limit != 0 && depth >= TIME_CHECK_DEPTH &&
+            if (limit != 0 && depth >= sc.limit_depth &&
                 static_cast<uint64_t>(get_ms() - sc.search_start) >= limit)
                 return;
         }

@@ -13,6 +13,7 @@ struct SearchControl {
     int max_depth;              // last iteration the deepening may start
     int64_t search_start;       // get_ms() at the start of the search
     uint64_t hard_limit;        // ms of elapsed time after which the search is stopped
+    int limit_depth;            // the time limits apply once an iteration of this depth is complete
     uint64_t time_limits[10];   // soft limits, chosen by time_slot; 0 = none
     std::atomic<int> time_slot; // 0..9
     std::atomic<int> best_depth;

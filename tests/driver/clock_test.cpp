@@ -1,0 +1,76 @@
+// The clock allotment over whole games: even when every move runs to its hard limit and then takes
+// a little more to reach the GUI, the clock never runs out within a game's length, and the last move
+// of a control still gets a good part of what is left.
+
+#include <gtest/gtest.h>
+
+#include "driver/control.h"
+#include "driver/engine_state.h"
+
+namespace {
+
+TEST(Clock, GamesOnTheirHardLimitsNeverFlag) {
+    const struct {
+        const char* name;
+        int moves, base_ms, inc_ms, game_moves;
+    } rows[] = {
+        {"40 moves in 8 s", 40, 8000, 0, 150},
+        {"40 moves in 20 s", 40, 20000, 0, 150},
+        {"40 moves in 1 s", 40, 1000, 0, 150},
+        {"5 moves in 2 s", 5, 2000, 0, 150},
+        {"1 move in 1 s", 1, 1000, 0, 150},
+        {"sudden death 8 s + 0.08 s", 0, 8000, 80, 150},
+        {"sudden death 0.1 s + 1 s", 0, 100, 1000, 150},
+        // Without an increment each move's lag eats the clock at last; a game is shorter.
+        {"sudden death 1 s", 0, 1000, 0, 40},
+        {"sudden death 8 s", 0, 8000, 0, 70},
+        {"sudden death 60 s", 0, 60000, 0, 90},
+    };
+    constexpr int LAG_MS = 8;
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.name);
+        int64_t clock = r.base_ms;
+        for (int move = 0; move < r.game_moves; ++move) {
+            const int to_go = r.moves ? r.moves - move % r.moves : 0;
+            const TimeAllotment ta =
+                compute_limits(0, 0, static_cast<int>(clock), r.inc_ms, to_go, DEFAULT_MOVE_OVERHEAD);
+            ASSERT_EQ(ta.limit_depth, 0) << "move " << move;
+            for (uint64_t soft : ta.time_limits) {
+                ASSERT_GT(soft, 0u);
+            }
+            if (to_go == 1) {
+                EXPECT_GE(ta.hard_limit * 2, static_cast<uint64_t>(clock - DEFAULT_MOVE_OVERHEAD));
+            }
+            clock -= static_cast<int64_t>(ta.hard_limit) + LAG_MS;
+            ASSERT_GT(clock, 0) << "flagged at move " << move + 1;
+            clock += r.inc_ms + (to_go == 1 ? r.base_ms : 0);
+        }
+    }
+}
+
+// Without a running clock (a console "go", a GUI's clock at zero) the search goes to depth 14 as
+// before, and the depth and move-time modes keep their rules.
+TEST(Clock, UntimedDepthAndMoveTimeModes) {
+    const struct {
+        const char* name;
+        int depth, move_time, time_left, inc;
+        int max_depth, limit_depth;
+        uint64_t hard;
+    } rows[] = {
+        {"no clock", 0, 0, 0, 0, MAX_DEPTH, 14, 0},
+        {"negative clock", 0, 0, -500, -5, MAX_DEPTH, 14, 0},
+        {"depth mode wins over the clock", 7, 0, 5000, 0, 7, 14, 1u << 30},
+        {"depth above the deepest", 300, 0, 0, 0, MAX_DEPTH, 14, 1u << 30},
+        {"move time keeps 150 ms back", 0, 1000, 5000, 0, MAX_DEPTH, 14, 850},
+        {"short move time", 0, 100, 0, 0, MAX_DEPTH, 14, 1},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.name);
+        const TimeAllotment ta = compute_limits(r.depth, r.move_time, r.time_left, r.inc, 0, 50);
+        EXPECT_EQ(ta.max_depth, r.max_depth);
+        EXPECT_EQ(ta.limit_depth, r.limit_depth);
+        EXPECT_EQ(ta.hard_limit, r.hard);
+    }
+}
+
+} // namespace
