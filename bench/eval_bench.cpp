@@ -34,23 +34,6 @@ constexpr int GAMES_PER_START = 16;
 constexpr int PLIES_PER_GAME  = 120;
 constexpr int ROUNDS          = 40;
 
-static uint32_t legal_moves(const Position& p, Move* out) {
-    MoveList list;
-    uint32_t n = 0;
-    if (p.incheck) {
-        gen_evasions(p, list.moves, &n, 1);
-    } else {
-        uint32_t quiets = 0;
-        gen_captures(p, list.moves, &n, 1);
-        gen_quiets(p, list.moves + n, &quiets);
-        n += quiets;
-    }
-    uint32_t k = 0;
-    for (uint32_t i = 0; i < n; ++i)
-        if (legal(p, list.moves[i])) out[k++] = list.moves[i];
-    return k;
-}
-
 static std::vector<Position> position_set() {
     std::vector<Position> set;
     std::mt19937 rng(7);

@@ -1,6 +1,7 @@
 #include "board/movegen.h"
 
 #include "board/attacks.h"
+#include "board/makemove.h"
 
 // Every generator is instantiated once per colour so that shifts, ranks and promotion squares are
 // constants; the entry points only dispatch on the side to move.
@@ -394,4 +395,20 @@ void gen_captures_quiets(const Position& p, Move* caps, uint32_t* ncaps, Move* q
         captures_quiets<WHITE>(p, caps, ncaps, quiets, nquiets);
     else
         captures_quiets<BLACK>(p, caps, ncaps, quiets, nquiets);
+}
+
+uint32_t legal_moves(const Position& p, Move* out) {
+    Move list[MAX_MOVES];
+    uint32_t n = 0, quiets = 0;
+    if (p.incheck) {
+        gen_evasions(p, list, &n, 1);
+    } else {
+        gen_captures(p, list, &n, 1);
+        gen_quiets(p, list + n, &quiets);
+        n += quiets;
+    }
+    uint32_t k = 0;
+    for (uint32_t i = 0; i < n && k < MAX_MOVES; ++i)
+        if (legal(p, list[i])) out[k++] = list[i];
+    return k;
 }

@@ -7,7 +7,6 @@
 #include <mutex>
 
 #include "board/fen.h"
-#include "board/makemove.h"
 #include "board/movegen.h"
 #include "board/notation.h"
 #include "board/playable.h"
@@ -180,22 +179,6 @@ static void input_check(SearchThread& game) {
     }
 }
 
-// The first legal move of the position, or no move.
-static Move first_legal_move(const Position& p) {
-    Move list[MAX_MOVES];
-    uint32_t n = 0, quiets = 0;
-    if (p.incheck) {
-        gen_evasions(p, list, &n, 1);
-    } else {
-        gen_captures(p, list, &n, 1);
-        gen_quiets(p, list + n, &quiets);
-        n += quiets;
-    }
-    for (uint32_t i = 0; i < n; ++i)
-        if (legal(p, list[i])) return list[i];
-    return 0;
-}
-
 // The answer in the dialect's form: UCI gets the final info line and "bestmove"; the others get
 // "move" unless the search was a ponder search or an analysis. A search stopped before its first
 // iteration had a best move answers the fallback: any legal move beats none.
@@ -222,7 +205,8 @@ void think(SearchThread& game) {
     pst_init(*game.pos);
     Move fallback = 0;
     if (position_playable(*game.pos)) {
-        fallback = first_legal_move(*game.pos);
+        Move moves[MAX_MOVES];
+        if (legal_moves(*game.pos, moves) > 0) fallback = moves[0];
         start_search(game);
     } else {
         // Nothing is searched: the answer is no move, with no nodes counted. An XBoard analysis

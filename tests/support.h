@@ -1,6 +1,6 @@
 #pragma once
 // Shared by the property tests: the start-up tables, game records from FEN, the perft suite of
-// tests/data, the legal moves of a position and random legal games played from the suite.
+// tests/data and random legal games played from the suite.
 
 #include <gtest/gtest.h>
 
@@ -59,22 +59,6 @@ inline std::vector<SuiteEntry> perft_suite() {
         suite.push_back(e);
     }
     return suite;
-}
-
-inline uint32_t legal_moves(const Position& p, Move* out) {
-    Move list[MAX_MOVES];
-    uint32_t n = 0, quiets = 0;
-    if (p.incheck) {
-        gen_evasions(p, list, &n, 1);
-    } else {
-        gen_captures(p, list, &n, 1);
-        gen_quiets(p, list + n, &quiets);
-        n += quiets;
-    }
-    uint32_t k = 0;
-    for (uint32_t i = 0; i < n; ++i)
-        if (legal(p, list[i])) out[k++] = list[i];
-    return k;
 }
 
 // Plays random legal games (fixed seed) from every suite position: visit(game, move) sees each
