@@ -323,7 +323,9 @@ static int cmd_sd(SearchThread&) {
 }
 
 static int cmd_time(SearchThread&) {
-    if (engine.xboard_mode) engine.time_left = saturated((has_argument() ? int_argument() : 0) * 10.0);
+    if (!engine.xboard_mode) return CMD_DONE;
+    engine.time_left   = saturated((has_argument() ? int_argument() : 0) * 10.0);
+    engine.clock.fresh = true;
     return CMD_DONE;
 }
 

@@ -31,20 +31,27 @@ constexpr int64_t SUDDEN_DEATH_MOVES = 40;
 constexpr int64_t MOST_PLANNED_MOVES = 50;
 
 // Each move costs some time beside its search (the answer's way to the GUI, the GUI's own work):
-// without an increment to pay for it, this much is kept back for every move still to come.
+// at least this much, or the lag measured in the game when that is more.
 constexpr int64_t LAG_PER_MOVE = 10;
+// The largest lag one move is believed to show: more is a clock the GUI set anew.
+constexpr int64_t MOST_LAG = 1000;
+// Every move still to come in the control keeps at least this much to think.
+constexpr int64_t LEAST_THINK = 5;
 
-// Clock mode: the usable time (what the clock shows less the overhead and the lag of the moves
-// still to come) spread over the moves to the next control, with a soft limit per stability slot
-// and a hard cap that keeps enough for the moves after this one even if each of them used its own
-// cap. The limits apply from the first iteration on, so a search never flags.
+// Clock mode: the usable time (what the clock shows less the overhead, and for each move still to
+// come its lag, as far as its increment does not pay for it, and a little time to think) spread
+// over the moves to the next control, with a soft limit per stability slot and a hard cap that
+// keeps enough for the moves after this one even if each of them used its own cap. The limits
+// apply from the first iteration on, so a search never flags.
 // 64-bit arithmetic throughout: the inputs come straight from the GUI and may be anything.
-static void clock_limits(TimeAllotment& ta, int64_t time_left, int64_t inc, int moves_to_go, int64_t overhead) {
+static void clock_limits(TimeAllotment& ta, int64_t time_left, int64_t inc, int moves_to_go, int64_t overhead,
+                         int64_t lag) {
     inc               = std::max<int64_t>(inc, 0);
+    lag               = std::clamp<int64_t>(lag, LAG_PER_MOVE, MOST_LAG);
     const int64_t moves =
         moves_to_go > 0 ? std::min<int64_t>(moves_to_go, MOST_PLANNED_MOVES) : SUDDEN_DEATH_MOVES;
-    const int64_t lag    = inc >= LAG_PER_MOVE ? 0 : LAG_PER_MOVE * (moves - 1);
-    const int64_t usable = std::max<int64_t>(time_left - std::max<int64_t>(overhead, 0) - lag, 1);
+    const int64_t reserve = (std::max<int64_t>(lag - inc, 0) + LEAST_THINK) * (moves - 1);
+    const int64_t usable  = std::max<int64_t>(time_left - std::max<int64_t>(overhead, lag) - reserve, 1);
     // The increment comes back after the move; three quarters of it is spent at once.
     int64_t target = usable / moves + inc * 3 / 4;
     // The last move of a control may take most of what is left; any other at most four tenths of
@@ -60,7 +67,7 @@ static void clock_limits(TimeAllotment& ta, int64_t time_left, int64_t inc, int 
 }
 
 TimeAllotment compute_limits(int depth_limit, int move_time, int time_left, int increment, int moves_to_go,
-                             int overhead) {
+                             int overhead, int lag) {
     TimeAllotment ta{};
     ta.max_depth   = MAX_DEPTH;
     ta.hard_limit  = NO_HARD_LIMIT;
@@ -77,7 +84,7 @@ TimeAllotment compute_limits(int depth_limit, int move_time, int time_left, int 
     // A running clock is planned; without one (no time left, no increment) the search goes on until
     // depth 14 has its best move, the hard limit of 0 stopping it there.
     if (time_left > 0 || increment > 0) {
-        clock_limits(ta, time_left, increment, moves_to_go, overhead);
+        clock_limits(ta, time_left, increment, moves_to_go, overhead, lag);
     } else {
         ta.hard_limit      = 0;
         ta.set_time_limits = true;
@@ -193,9 +200,29 @@ static void print_result(Move fallback) {
     }
 }
 
+// Whether this search is the engine's own move on a running clock.
+static bool timed_move() {
+    return engine.depth_limit <= 0 && engine.move_time <= 0 && (engine.time_left > 0 || engine.increment > 0) &&
+           !engine.pondering && !engine.analyze_mode;
+}
+
+// The time the last timed move lost beyond its search, from the clock the GUI reports now; the
+// record keeps the largest lag seen, slowly forgotten. The move before a new control is not
+// measured: the clock is refilled after it.
+static void measure_lag() {
+    ClockRecord& c = engine.clock;
+    if (!c.fresh || c.time_left <= 0 || c.moves_to_go == 1) return;
+    const int64_t lost =
+        static_cast<int64_t>(c.time_left) + std::max(engine.increment, 0) - c.spent - engine.time_left;
+    if (lost > MOST_LAG) return;
+    c.lag = static_cast<int32_t>(std::max<int64_t>(lost, c.lag * 7 / 8));
+}
+
 void think(SearchThread& game) {
-    const TimeAllotment ta = compute_limits(engine.depth_limit, engine.move_time, engine.time_left,
-                                            engine.increment, engine.moves_to_go, engine.move_overhead);
+    const bool timed = timed_move();
+    if (timed) measure_lag();
+    const TimeAllotment ta = compute_limits(engine.depth_limit, engine.move_time, engine.time_left, engine.increment,
+                                            engine.moves_to_go, engine.move_overhead, engine.clock.lag);
     sc.max_depth           = ta.max_depth;
     sc.hard_limit          = ta.hard_limit;
     // A ponder search runs until the opponent's move arrives, whatever the clock.
@@ -231,4 +258,10 @@ void think(SearchThread& game) {
     }
     join_search();
     print_result(fallback);
+    if (timed) {
+        engine.clock.time_left   = engine.time_left;
+        engine.clock.spent       = static_cast<int32_t>(get_ms() - sc.search_start);
+        engine.clock.moves_to_go = engine.moves_to_go;
+        engine.clock.fresh       = false;
+    }
 }

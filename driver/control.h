@@ -15,8 +15,9 @@ struct TimeAllotment {
 };
 // The limits for the given clock inputs (pure; think applies them). The overhead is the time, in
 // ms, that the answer may take to reach the GUI's clock.
+// The lag is the time each move was measured to lose beyond its search.
 TimeAllotment compute_limits(int depth_limit, int move_time, int time_left, int increment, int moves_to_go,
-                             int overhead);
+                             int overhead, int lag);
 
 // Clears the clock inputs of EngineState and every per-search value of the search control (stop,
 // start time, limits, soft-limit table, best-move record), as a UCI "go" starts from nothing.

@@ -17,6 +17,16 @@ constexpr int GAME_HISTORY = 1024;
 constexpr int MAX_GAME_PLY = 768;
 constexpr int DEFAULT_MOVE_OVERHEAD = 50; // ms
 
+// The clock of the last timed search against what the GUI reports next: the difference, beyond the
+// search itself, is the time each move loses on its way to the GUI and back (the lag).
+struct ClockRecord {
+    int32_t time_left   = 0; // the clock the last timed search was planned on, ms (0: none)
+    int32_t spent       = 0; // what that search took by our own clock, ms
+    int32_t moves_to_go = 0; // its moves to the control (after the last one the clock is refilled)
+    bool fresh          = false; // the GUI has reported the clock since that search
+    int32_t lag         = 0;     // the lag measured, decaying slowly, ms
+};
+
 struct EngineState {
     std::atomic<int> xboard_mode;
     std::atomic<int> uci_mode;
@@ -40,6 +50,7 @@ struct EngineState {
     int32_t time_left, increment, moves_to_go, level_moves, depth_limit, move_time;
     // Taken off every clock budget for the time the answer takes to reach the GUI's clock.
     int32_t move_overhead = DEFAULT_MOVE_OVERHEAD;
+    ClockRecord clock;
     int cores;
     int trace, xtrace;
     int book_mode;

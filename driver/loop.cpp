@@ -92,6 +92,8 @@ void start_new_game(SearchThread& game) {
     new_game(game);
     engine.force_mode = 0;
     engine.game_over  = 0;
+    // The lag measured so far still holds; the last game's clock does not.
+    engine.clock.time_left = 0;
     engine.ply        = 0;
     read_settings_file();
     generate_legal_moves(game, true);

@@ -104,6 +104,7 @@ void parse_go(const char* text, int side) {
         p += length;
         if (field) *field = next_number(p);
     }
+    engine.clock.fresh = engine.time_left > 0;
 }
 
 static void start_position(SearchThread& game) {
