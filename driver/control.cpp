@@ -187,11 +187,9 @@ static void input_check(SearchThread& game) {
 }
 
 // The answer in the dialect's form: UCI gets the final info line and "bestmove"; the others get
-// "move" unless the search was a ponder search or an analysis. A search stopped before its first
-// iteration had a best move answers the fallback: any legal move beats none.
-static void print_result(Move fallback) {
-    Move best = sc.pv_table[0][0];
-    if ((best & SQUARE_BITS) == 0) best = fallback;
+// "move" unless the search was a ponder search or an analysis.
+static void print_result() {
+    const Move best = sc.pv_table[0][0];
     if (engine.uci_mode.load(std::memory_order_relaxed)) {
         print_info();
         std::printf("bestmove %s\n", move_text(best));
@@ -257,7 +255,10 @@ void think(SearchThread& game) {
         sleep_ms(POLL_MS);
     }
     join_search();
-    print_result(fallback);
+    // A search stopped before its first iteration had a best move answers the fallback, and the
+    // game plays it: any legal move beats none.
+    if ((sc.pv_table[0][0] & SQUARE_BITS) == 0) sc.pv_table[0][0] = fallback;
+    print_result();
     if (timed) {
         engine.clock.time_left   = engine.time_left;
         engine.clock.spent       = static_cast<int32_t>(get_ms() - sc.search_start);
