@@ -75,7 +75,7 @@ void startup() {
 void read_settings_file() {
     std::FILE* f = std::fopen(SETTINGS_FILE, "r");
     if (f == nullptr) {
-        std::printf("%s file not found\n", SETTINGS_FILE);
+        std::printf("#%s file not present\n", SETTINGS_FILE);
         return;
     }
     // Each line is a command, read in pieces of at most 127 characters.

@@ -20,9 +20,7 @@ done
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 mkdir "$work/engine" "$work/fairymax"
-# xboard takes any engine line saying "not found" for a failed start, so the engine gets the
-# settings file it looks for (as a GUI user would give it one).
-printf '# settings of the xboard game\nhash 64\n' >"$work/engine/mo.ini"
+# The engine starts in an empty folder, without a settings file, as a new user would start it.
 
 # Both sides search to a fixed depth within thirty seconds and one second a move; pondering on, so
 # the engine also ponders on fairymax's time. A game still running after 100 moves is adjudicated
