@@ -5,8 +5,10 @@
 #include <cstdio>
 #include <cstring>
 #include <mutex>
+#include <string>
 
 #include "board/fen.h"
+#include "board/makemove.h"
 #include "board/movegen.h"
 #include "board/notation.h"
 #include "board/playable.h"
@@ -14,8 +16,10 @@
 #include "driver/engine_state.h"
 #include "driver/loop.h"
 #include "driver/platform.h"
+#include "driver/uci_input.h"
 #include "search/output.h"
 #include "search/threads.h"
+#include "search/tt.h"
 
 // Without a clock limit the hard limit sits far beyond any real search.
 constexpr uint64_t NO_HARD_LIMIT = 1ULL << 30;
@@ -46,8 +50,8 @@ constexpr int64_t LEAST_THINK = 5;
 // 64-bit arithmetic throughout: the inputs come straight from the GUI and may be anything.
 static void clock_limits(TimeAllotment& ta, int64_t time_left, int64_t inc, int moves_to_go, int64_t overhead,
                          int64_t lag) {
-    inc               = std::max<int64_t>(inc, 0);
-    lag               = std::clamp<int64_t>(lag, LAG_PER_MOVE, MOST_LAG);
+    inc = std::max<int64_t>(inc, 0);
+    lag = std::clamp<int64_t>(lag, LAG_PER_MOVE, MOST_LAG);
     const int64_t moves =
         moves_to_go > 0 ? std::min<int64_t>(moves_to_go, MOST_PLANNED_MOVES) : SUDDEN_DEATH_MOVES;
     const int64_t reserve = (std::max<int64_t>(lag - inc, 0) + LEAST_THINK) * (moves - 1);
@@ -95,11 +99,15 @@ TimeAllotment compute_limits(int depth_limit, int move_time, int time_left, int 
 void reset_search_control() {
     engine.time_left = engine.increment = engine.moves_to_go = 0;
     engine.depth_limit = engine.move_time = 0;
+    engine.go_infinite = engine.go_ponder = false;
+    engine.go_nodes                       = 0;
+    engine.go_mate = engine.go_move_count = 0;
     sc.stop.store(0, std::memory_order_relaxed);
     sc.max_depth    = 0;
     sc.search_start = 0;
     sc.hard_limit   = 0;
-    std::fill(std::begin(sc.time_limits), std::end(sc.time_limits), 0);
+    for (auto& limit : sc.time_limits)
+        limit.store(0, std::memory_order_relaxed);
     sc.time_slot.store(0, std::memory_order_relaxed);
     sc.best_depth.store(0, std::memory_order_relaxed);
     sc.best_score.store(0, std::memory_order_relaxed);
@@ -186,13 +194,90 @@ static void input_check(SearchThread& game) {
     }
 }
 
+// The UCI search in progress: its answer waits for "stop" or "ponderhit" (go infinite, go ponder);
+// a ponder search gets its clock limits at the ponderhit.
+static bool answer_held      = false;
+static bool ponder_until_hit = false;
+static TimeAllotment limits_at_ponderhit;
+
+// The limits take effect now: thread 0 reads the soft limits and the depth they apply from while
+// it searches, so they are written one by one as atomics.
+static void apply_limits(const TimeAllotment& ta, int64_t start) {
+    sc.hard_limit = ta.hard_limit;
+    if (ta.set_time_limits)
+        for (int k = 0; k < 10; ++k)
+            sc.time_limits[k].store(ta.time_limits[k], std::memory_order_relaxed);
+    sc.clock_start.store(start, std::memory_order_relaxed);
+    sc.limit_depth.store(ta.limit_depth, std::memory_order_relaxed);
+}
+
+static void stop_now() {
+    std::lock_guard<std::mutex> hold(sc.search_lock);
+    sc.stop.store(1, std::memory_order_relaxed);
+}
+
+// UCI during a search: the commands answered at once are taken out of the waiting input; every
+// other line waits for the search to end. Lines behind a waiting "go" belong to that next search.
+static void uci_search_input() {
+    static const char* const words[] = {"stop", "ponderhit", "isready", "quit"};
+    std::string line;
+    while (uci_input_take(words, 4, "go", line)) {
+        auto is = [&](const char* word) { return line.compare(0, std::strlen(word), word) == 0; };
+        if (is("stop")) {
+            answer_held = ponder_until_hit = false;
+            stop_now();
+        } else if (is("ponderhit")) {
+            if (!ponder_until_hit) continue;
+            ponder_until_hit = false;
+            apply_limits(limits_at_ponderhit, get_ms());
+            answer_held = engine.go_infinite;
+        } else if (is("isready")) {
+            std::printf("readyok\n");
+        } else {
+            engine.uci_quit = true;
+            answer_held     = false;
+            stop_now();
+        }
+    }
+}
+
+// The reply the answer expects: the variation's second move, or else (a variation cut short by the
+// table) the table's move for the position after the best move, when it is legal there.
+static Move expected_reply(const SearchThread& game, Move best) {
+    if (sc.pv_table[0][1] != 0) return sc.pv_table[0][1];
+    if ((best & SQUARE_BITS) == 0) return 0;
+    // The search is over: thread 0's record is free to play the move on.
+    SearchThread& r = search_record(0);
+    prepare_record(r, game, 0);
+    make_move(r, best);
+    HashHit hit{};
+    if (!hash_probe(r.key, 0, hit) || hit.move == 0) return 0;
+    Move moves[MAX_MOVES];
+    const uint32_t n = legal_moves(*r.pos, moves);
+    for (uint32_t i = 0; i < n; ++i)
+        if ((moves[i] & 0xFFFF) == (hit.move & 0xFFFF)) return moves[i];
+    return 0;
+}
+
+// "bestmove", with the reply it expects when there is one.
+static void print_bestmove(const SearchThread& game) {
+    const Move best  = sc.pv_table[0][0];
+    const Move reply = expected_reply(game, best);
+    char text[8];
+    std::strcpy(text, move_text(best));
+    if (reply != 0)
+        std::printf("bestmove %s ponder %s\n", text, move_text(reply));
+    else
+        std::printf("bestmove %s\n", text);
+}
+
 // The answer in the dialect's form: UCI gets the final info line and "bestmove"; the others get
 // "move" unless the search was a ponder search or an analysis.
-static void print_result() {
+static void print_result(const SearchThread& game) {
     const Move best = sc.pv_table[0][0];
     if (engine.uci_mode.load(std::memory_order_relaxed)) {
         print_info();
-        std::printf("bestmove %s\n", move_text(best));
+        print_bestmove(game);
     } else if (!engine.pondering && !engine.analyze_mode) {
         std::printf("move %s\n", move_text(best));
     }
@@ -200,8 +285,9 @@ static void print_result() {
 
 // Whether this search is the engine's own move on a running clock.
 static bool timed_move() {
-    return engine.depth_limit <= 0 && engine.move_time <= 0 && (engine.time_left > 0 || engine.increment > 0) &&
-           !engine.pondering && !engine.analyze_mode;
+    return engine.depth_limit <= 0 && engine.move_time <= 0 &&
+           (engine.time_left > 0 || engine.increment > 0) && !engine.pondering && !engine.analyze_mode &&
+           !engine.go_ponder && !engine.go_infinite;
 }
 
 // The time the last timed move lost beyond its search, from the clock the GUI reports now; the
@@ -216,29 +302,62 @@ static void measure_lag() {
     c.lag = static_cast<int32_t>(std::max<int64_t>(lost, c.lag * 7 / 8));
 }
 
+// UCI: a search with no time limit at all, until its depth, nodes or mate are reached or "stop"
+// (or "ponderhit") arrives; "go nodes" and "go mate" without a clock or move time are such too.
+static bool open_ended() {
+    const bool clock = engine.move_time > 0 || engine.time_left > 0 || engine.increment > 0;
+    return engine.go_infinite || engine.go_ponder || ((engine.go_nodes > 0 || engine.go_mate > 0) && !clock);
+}
+
+// What UCI's "go" asked beyond the clock: the root moves, lines, node and mate limits. Every other
+// dialect searches every move, one line, without either limit.
+static void set_uci_limits() {
+    sc.root_move_count = engine.go_move_count;
+    std::copy(engine.go_moves, engine.go_moves + engine.go_move_count, sc.root_moves);
+    sc.multipv     = engine.uci_mode.load(std::memory_order_relaxed) ? engine.multipv : 1;
+    sc.extra_lines = 0;
+    sc.mate_limit  = engine.go_mate;
+    sc.node_limit  = engine.go_nodes > 0
+                         ? std::max<uint64_t>(static_cast<uint64_t>(engine.go_nodes) / thread_count(), 1)
+                         : UINT64_MAX;
+}
+
 void think(SearchThread& game) {
+    const bool uci   = engine.uci_mode.load(std::memory_order_relaxed);
     const bool timed = timed_move();
     if (timed) measure_lag();
-    const TimeAllotment ta = compute_limits(engine.depth_limit, engine.move_time, engine.time_left, engine.increment,
-                                            engine.moves_to_go, engine.move_overhead, engine.clock.lag);
-    sc.max_depth           = ta.max_depth;
-    sc.hard_limit          = ta.hard_limit;
+    TimeAllotment ta =
+        compute_limits(engine.depth_limit, engine.move_time, engine.time_left, engine.increment,
+                       engine.moves_to_go, engine.move_overhead, engine.clock.lag);
+    answer_held         = uci && (engine.go_infinite || engine.go_ponder);
+    ponder_until_hit    = uci && engine.go_ponder;
+    limits_at_ponderhit = ta;
+    if (uci && open_ended()) {
+        ta.hard_limit      = NO_HARD_LIMIT;
+        ta.set_time_limits = true;
+        std::fill(std::begin(ta.time_limits), std::end(ta.time_limits), 0);
+    }
     // A ponder search runs until the opponent's move arrives, whatever the clock.
-    sc.limit_depth         = engine.pondering ? MAX_DEPTH + 1 : ta.limit_depth;
-    if (ta.set_time_limits) std::copy(std::begin(ta.time_limits), std::end(ta.time_limits), sc.time_limits);
+    if (engine.pondering) ta.limit_depth = MAX_DEPTH + 1;
+    sc.max_depth    = ta.max_depth;
     sc.search_start = get_ms();
+    apply_limits(ta, sc.search_start);
+    set_uci_limits();
     pst_init(*game.pos);
     Move fallback = 0;
     if (position_playable(*game.pos)) {
         Move moves[MAX_MOVES];
-        if (legal_moves(*game.pos, moves) > 0) fallback = moves[0];
+        if (legal_moves(*game.pos, moves) > 0)
+            fallback = sc.root_move_count > 0 ? sc.root_moves[0] : moves[0];
         start_search(game);
     } else {
         // Nothing is searched: the answer is no move, with no nodes counted. An XBoard analysis
         // still waits for the line that ends it, as it would beside a search; all else ends now.
         std::memset(sc.pv_table[0], 0, sizeof sc.pv_table[0]);
-        for (int i = 0; i < thread_count(); ++i)
+        for (int i = 0; i < thread_count(); ++i) {
             set_thread_nodes(search_record(i), 0);
+            search_record(i).seldepth = 0;
+        }
         if (!engine.xboard_mode.load(std::memory_order_relaxed) || !engine.analyze_mode)
             sc.stop.store(1, std::memory_order_relaxed);
     }
@@ -246,19 +365,31 @@ void think(SearchThread& game) {
     while (!sc.stop.load(std::memory_order_relaxed)) {
         {
             std::lock_guard<std::mutex> hold(sc.search_lock);
-            sc.elapsed = static_cast<double>(get_ms() - sc.search_start);
+            sc.elapsed = static_cast<double>(get_ms() - sc.clock_start.load(std::memory_order_relaxed));
             if (sc.elapsed >= static_cast<double>(sc.hard_limit) &&
-                sc.best_depth.load(std::memory_order_relaxed) >= sc.limit_depth)
+                sc.best_depth.load(std::memory_order_relaxed) >=
+                    sc.limit_depth.load(std::memory_order_relaxed))
                 sc.stop.store(1, std::memory_order_relaxed);
         }
-        input_check(game);
+        if (uci)
+            uci_search_input();
+        else
+            input_check(game);
         sleep_ms(POLL_MS);
     }
     join_search();
+    // A search of "go infinite" or "go ponder" that ended by itself still answers only when told.
+    while (answer_held) {
+        uci_search_input();
+        if (answer_held) sleep_ms(POLL_MS);
+    }
     // A search stopped before its first iteration had a best move answers the fallback, and the
     // game plays it: any legal move beats none.
-    if ((sc.pv_table[0][0] & SQUARE_BITS) == 0) sc.pv_table[0][0] = fallback;
-    print_result();
+    if ((sc.pv_table[0][0] & SQUARE_BITS) == 0) {
+        sc.pv_table[0][0] = fallback;
+        sc.pv_table[0][1] = 0;
+    }
+    print_result(game);
     if (timed) {
         engine.clock.time_left   = engine.time_left;
         engine.clock.spent       = static_cast<int32_t>(get_ms() - sc.search_start);

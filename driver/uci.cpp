@@ -1,8 +1,12 @@
 #include "driver/uci.h"
 
+#include <algorithm>
+#include <cctype>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 #include "board/fen.h"
 #include "board/makemove.h"
@@ -12,12 +16,13 @@
 #include "driver/engine_state.h"
 #include "driver/game.h"
 #include "driver/platform.h"
+#include "driver/uci_input.h"
 #include "search/threads.h"
 #include "search/tt.h"
 
-constexpr int UCI_LINE_SIZE   = 32758;
-constexpr int DEFAULT_HASH_MB = 128;
-constexpr int EOF_RETRY_MS    = 10;
+constexpr int UCI_LINE_SIZE      = 32758;
+constexpr int DEFAULT_HASH_MB    = 128;
+constexpr int MOST_MOVE_OVERHEAD = 5000;
 // The deepest root whose search still finds room for its 120 plies in the key history.
 constexpr uint32_t MAX_ROOT_HISTIDX = KEY_HISTORY - 1 - MAX_PLY;
 
@@ -69,25 +74,42 @@ static void play_move_list(SearchThread& game, const char* cursor) {
     }
 }
 
+constexpr const char* BLANKS = " \t\r\n";
+
 // The value token after a "go" keyword, read by the leading-digits rule; 0 when there is none.
-static int next_number(const char*& p) {
-    while (*p == ' ')
-        ++p;
-    const int v = std::atoi(p);
-    p += std::strcspn(p, " ");
+static int64_t next_number(const char*& p) {
+    p += std::strspn(p, BLANKS);
+    const int64_t v = std::atoll(p);
+    p += std::strcspn(p, BLANKS);
     return v;
 }
 
-void parse_go(const char* text, int side) {
+// A 32-bit clock field from a value that may be anything.
+static int32_t clamped(int64_t v) {
+    return static_cast<int32_t>(std::clamp<int64_t>(v, INT32_MIN, INT32_MAX));
+}
+
+void parse_go(SearchThread& game, const char* text) {
     reset_search_control();
-    const bool white = side == WHITE;
+    const bool white = game.pos->side == WHITE;
     const char* p    = text;
+    // After "searchmoves", every token that is a legal move joins the list; the first that is not
+    // is read as a word again.
+    bool listing = false;
     for (;;) {
-        while (*p == ' ')
-            ++p;
+        p += std::strspn(p, BLANKS);
         if (*p == '\0') break;
-        const size_t length = std::strcspn(p, " ");
-        auto is             = [&](const char* word) {
+        const size_t length = std::strcspn(p, BLANKS);
+        if (listing) {
+            const Move m = legal_move_named(game, p, length);
+            if (m != 0 && engine.go_move_count < MAX_MOVES) {
+                engine.go_moves[engine.go_move_count++] = m;
+                p += length;
+                continue;
+            }
+            listing = false;
+        }
+        auto is = [&](const char* word) {
             return length == std::strlen(word) && std::strncmp(p, word, length) == 0;
         };
         int32_t* field = nullptr;
@@ -101,8 +123,15 @@ void parse_go(const char* text, int side) {
             field = &engine.depth_limit;
         else if (is("movetime"))
             field = &engine.move_time;
+        else if (is("mate"))
+            field = &engine.go_mate;
+        const bool nodes = is("nodes");
+        engine.go_infinite |= is("infinite");
+        engine.go_ponder |= is("ponder");
+        listing = is("searchmoves");
         p += length;
-        if (field) *field = next_number(p);
+        if (field) *field = clamped(next_number(p));
+        if (nodes) engine.go_nodes = next_number(p);
     }
     engine.clock.fresh = engine.time_left > 0;
 }
@@ -128,13 +157,22 @@ bool uci_command(SearchThread& game, const char* line) {
         setboard(game, START_FEN);
         play_move_list(game, cursor);
     } else if (match_prefix(&cursor, "go")) {
-        parse_go(cursor, game.pos->side);
+        parse_go(game, cursor);
         think(game);
+        return !engine.uci_quit;
     } else if (match_prefix(&cursor, "setoption name Hash value")) {
         const int mb = std::atoi(cursor);
         if (mb > 0) hash_alloc(mb);
     } else if (match_prefix(&cursor, "setoption name Threads value")) {
         set_threads(std::atoi(cursor));
+    } else if (match_prefix(&cursor, "setoption name MultiPV value")) {
+        if (std::isdigit(static_cast<unsigned char>(*cursor)))
+            engine.multipv = std::clamp(std::atoi(cursor), 1, MAX_MULTIPV);
+    } else if (match_prefix(&cursor, "setoption name Move Overhead value")) {
+        if (std::isdigit(static_cast<unsigned char>(*cursor)))
+            engine.move_overhead = std::clamp(std::atoi(cursor), 0, MOST_MOVE_OVERHEAD);
+    } else if (match_prefix(&cursor, "setoption name Clear Hash")) {
+        hash_clear();
     }
     return true;
 }
@@ -149,18 +187,20 @@ void uci_loop(SearchThread& game) {
     std::printf("id author %s\n", "the Morvaine authors");
     std::printf("option name Hash type spin default %d min 1 max 32768\n", DEFAULT_HASH_MB);
     std::printf("option name Threads type spin default 1 min 1 max %d\n", MAX_THREADS);
+    std::printf("option name Ponder type check default false\n");
+    std::printf("option name MultiPV type spin default 1 min 1 max %d\n", MAX_MULTIPV);
+    std::printf("option name Move Overhead type spin default %d min 0 max %d\n", DEFAULT_MOVE_OVERHEAD,
+                MOST_MOVE_OVERHEAD);
+    std::printf("option name Clear Hash type button\n");
     std::printf("uciok\n");
 
+    uci_input_start();
     for (;;) {
         // A GUI that has gone away cannot read the answers: end quietly.
         exit_if_output_lost();
-        // Input never ends for this loop: at the end of input it waits and tries again.
-        if (!read_line(uci_line, UCI_LINE_SIZE - 1)) {
-            sleep_ms(EOF_RETRY_MS);
-            continue;
-        }
+        const std::string line = uci_input_next();
         // The line keeps a line end, so that a word's separator is always there to step over.
-        std::strcat(uci_line, "\n");
+        std::snprintf(uci_line, sizeof uci_line, "%s\n", line.c_str());
         if (!uci_command(game, uci_line)) return;
     }
 }

@@ -1,11 +1,13 @@
 // The UCI line handler fed arbitrary lines in sequence, each with the line end the loop gives it.
-// Every "go" line is lengthened with a depth of a few plies (the last "depth" token wins), and
-// table and thread options are held to what a fuzzing process can afford.
+// Every "go" line is lengthened with a depth of a few plies (the last "depth" token wins) and loses
+// the words that would wait for a "stop"; table, thread and line options are held to what a
+// fuzzing process can afford.
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "driver/engine_state.h"
 #include "driver/uci.h"
@@ -14,6 +16,7 @@
 namespace {
 
 constexpr int MAX_THREADS_IN_RUN = 4;
+constexpr int MAX_LINES_IN_RUN   = 4;
 
 // Twice, so that a line ending in a keyword that takes a value still ends with the depth.
 const std::string SHALLOW =
@@ -25,9 +28,21 @@ std::string guarded(const std::string& line) {
         if (line.compare(0, n, prefix) != 0 || std::atoi(line.c_str() + n) <= most) return line;
         return prefix + std::to_string(most);
     };
-    if (line.compare(0, 2, "go") == 0) return line + SHALLOW;
-    std::string l = option("setoption name Hash value ", HARNESS_HASH_MB * 8);
-    return l == line ? option("setoption name Threads value ", MAX_THREADS_IN_RUN) : l;
+    if (line.compare(0, 2, "go") == 0) {
+        // No "stop" or "ponderhit" ever comes: a search that waits for one would never end.
+        std::string go = line;
+        for (const char* word : {"infinite", "ponder"})
+            for (size_t at = go.find(word); at != std::string::npos; at = go.find(word))
+                go.erase(at, std::strlen(word));
+        return go + SHALLOW;
+    }
+    for (auto [prefix, most] : {std::pair{"setoption name Hash value ", HARNESS_HASH_MB * 8},
+                                std::pair{"setoption name Threads value ", MAX_THREADS_IN_RUN},
+                                std::pair{"setoption name MultiPV value ", MAX_LINES_IN_RUN}}) {
+        const std::string l = option(prefix, most);
+        if (l != line) return l;
+    }
+    return line;
 }
 
 } // namespace

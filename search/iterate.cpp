@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "board/makemove.h"
 #include "driver/engine_state.h"
@@ -29,9 +30,38 @@ static constexpr int DELTA_PONDER = 80, DELTA_NORMAL = 10;
 // Analysis reports a widened window from this depth on, once it is wider than 100.
 static constexpr int WIDEN_REPORT_DEPTH = 9, WIDEN_REPORT_DELTA = 100;
 
+// MultiPV, thread 0 only: the line being searched, and the moves that head the lines before it
+// in this iteration (the root leaves them out).
+static int current_line = 0;
+static Move line_moves[MAX_MULTIPV];
+
+// The bits that name a move: its squares and its promotion piece.
+static constexpr Move PROMO_BITS = 7u << 13;
+static bool same_move(Move a, Move b) {
+    return ((a ^ b) & (SQUARE_BITS | PROMO_BITS)) == 0;
+}
+
+// A root move this thread leaves out: one not among the moves the search was given, or for thread
+// 0 one that heads an earlier line of this iteration (the helpers search every line's move).
+static bool root_skipped(bool main, Move m) {
+    if (sc.root_move_count > 0) {
+        bool given = false;
+        for (int i = 0; i < sc.root_move_count && !given; ++i)
+            given = same_move(sc.root_moves[i], m);
+        if (!given) return true;
+    }
+    for (int i = 0; main && i < current_line; ++i)
+        if (same_move(line_moves[i], m)) return true;
+    return false;
+}
+
 // Thread 0's best-move record: a new best move resets the time slot to the most generous limit,
-// a confirmed one tightens it by one.
+// a confirmed one tightens it by one. The lines after the best one only write their variation.
 static void record_best(int depth, int score, Move m) {
+    if (current_line > 0) {
+        update_pv(0, m);
+        return;
+    }
     const int slot = sc.time_slot.load(std::memory_order_relaxed);
     if ((m & SQUARE_BITS) == (sc.pv_table[0][0] & SQUARE_BITS)) {
         if (slot > 0) sc.time_slot.store(slot - 1, std::memory_order_relaxed);
@@ -69,6 +99,7 @@ int search_root(SearchThread& t, int alpha, int beta, int depth) {
     const CmRow cmh      = cm_row_of(t);
     const bool main      = t.id == 0;
     const bool show_move = main && engine.xboard_mode.load(std::memory_order_relaxed) && engine.analyze_mode;
+    const bool filtered  = sc.root_move_count > 0 || (main && current_line > 0);
     MovePicker mp;
     picker_init(mp, t, hash_move, true, 1, false, 0);
     int best       = -MATE;
@@ -78,7 +109,7 @@ int search_root(SearchThread& t, int alpha, int beta, int depth) {
     Move quiets[MAX_QUIETS];
     int quiet_count = 0;
     while (Move m = next_move(mp, t)) {
-        if (!legal(p, m)) continue;
+        if (!legal(p, m) || (filtered && root_skipped(main, m))) continue;
         const int n = depth - 1;
         make_move(t, m);
         hash_prefetch(t.key);
@@ -134,7 +165,8 @@ int search_root(SearchThread& t, int alpha, int beta, int depth) {
         if ((m & QUIET_MARK) && quiet_count < MAX_QUIETS) quiets[quiet_count++] = m;
     }
     if (count == 0) return incheck ? -MATE : 0;
-    hash_store(t, best_move, best, eval, depth, 0, bound);
+    // A line searched without the root's best moves does not speak for the root.
+    if (!main || current_line == 0) hash_store(t, best_move, best, eval, depth, 0, bound);
     return best;
 }
 
@@ -156,14 +188,45 @@ static void report() {
         print_thinking();
 }
 
+// MultiPV, after the best line of a depth: each further line is the best of the root moves that
+// head no line yet, searched with a full window. The best line goes back into the principal
+// variation whatever happens, so that the answer is always its move. False when the search was
+// stopped before the lines were complete.
+static bool search_other_lines(SearchThread& t, int depth) {
+    Move best_pv[STACK_SIZE];
+    std::memcpy(best_pv, sc.pv_table[0], sizeof best_pv);
+    line_moves[0] = best_pv[0];
+    int lines     = 1;
+    bool complete = true;
+    for (; lines < sc.multipv; ++lines) {
+        current_line      = lines;
+        sc.pv_table[0][0] = 0;
+        const int score   = search_root(t, -MATE, MATE, depth);
+        if (search_stopped()) {
+            complete = false;
+            break;
+        }
+        // No root move left to head a line.
+        if ((sc.pv_table[0][0] & SQUARE_BITS) == 0) break;
+        line_moves[lines]          = sc.pv_table[0][0];
+        sc.extra_scores[lines - 1] = score;
+        std::memcpy(sc.extra_pvs[lines - 1], sc.pv_table[0], sizeof sc.extra_pvs[0]);
+    }
+    current_line = 0;
+    std::memcpy(sc.pv_table[0], best_pv, sizeof best_pv);
+    if (complete) sc.extra_lines = lines - 1;
+    return complete;
+}
+
 // Iterative deepening of one thread; returns when its search is over.
 static void deepen(SearchThread& t) {
     const bool main = t.id == 0;
     int score = 0, depth = 1, delta = MATE;
     if (sc.max_depth < 1) return;
     for (;;) {
-        int alpha = std::max(score - delta, -MATE);
-        int beta  = std::min(score + delta, MATE);
+        t.seldepth = 0;
+        int alpha  = std::max(score - delta, -MATE);
+        int beta   = std::min(score + delta, MATE);
         for (;;) {
             score = search_root(t, alpha, beta, depth);
             if (search_stopped()) return;
@@ -174,10 +237,14 @@ static void deepen(SearchThread& t) {
             if (delta > MATE) break;
         }
         if (main) {
+            if (sc.multipv > 1 && !search_other_lines(t, depth)) return;
             report();
-            const uint64_t limit = sc.time_limits[sc.time_slot.load(std::memory_order_relaxed)];
-            if (limit != 0 && depth >= sc.limit_depth &&
-                static_cast<uint64_t>(get_ms() - sc.search_start) >= limit)
+            // A mate within the moves asked for is proven.
+            if (sc.mate_limit > 0 && score >= MATE - (2 * sc.mate_limit - 1)) return;
+            const int slot       = sc.time_slot.load(std::memory_order_relaxed);
+            const uint64_t limit = sc.time_limits[slot].load(std::memory_order_relaxed);
+            if (limit != 0 && depth >= sc.limit_depth.load(std::memory_order_relaxed) &&
+                static_cast<uint64_t>(get_ms() - sc.clock_start.load(std::memory_order_relaxed)) >= limit)
                 return;
         }
         if (++depth > sc.max_depth) return;

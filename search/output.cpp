@@ -6,6 +6,7 @@
 
 #include "driver/platform.h"
 #include "search/threads.h"
+#include "search/tt.h"
 
 // Longest line: the header, and up to 128 moves of at most six characters with their blanks.
 static constexpr int LINE_SIZE = 1024;
@@ -38,23 +39,43 @@ uint64_t total_nodes() {
     return sum;
 }
 
-void print_info() {
-    const uint64_t nodes  = total_nodes();
-    const int64_t elapsed = get_ms() - sc.search_start;
-    const uint64_t nps    = nodes * 1000 / static_cast<uint64_t>(elapsed + 1);
-    char line[LINE_SIZE];
+// "score cp N", or "score mate N" in moves (negative when the side to move is mated).
+static int append_score(char* out, size_t size, int score) {
+    if (score > MATE_SHOWN) return snprintf(out, size, "score mate %d", (MATE - score + 1) / 2);
+    if (score < -MATE_SHOWN) return snprintf(out, size, "score mate %d", -(MATE + score) / 2);
+    return snprintf(out, size, "score cp %d", score);
+}
+
+// One UCI info line: line is 0 for the best line, k for MultiPV line k + 1.
+static void print_info_line(int line, int score, const uint32_t* pv, uint64_t nodes, int64_t elapsed,
+                            int hashfull) {
+    const uint64_t nps = nodes * 1000 / static_cast<uint64_t>(elapsed + 1);
+    char text[LINE_SIZE];
     int n =
-        snprintf(line, sizeof line, "info depth %d score cp %d nodes %" PRId64 " time %d nps %d pv ",
-                 sc.best_depth.load(std::memory_order_relaxed), sc.best_score.load(std::memory_order_relaxed),
-                 static_cast<int64_t>(nodes), static_cast<int>(elapsed), static_cast<int>(nps));
-    char* out = line + n;
-    for (int i = 0; i < STACK_SIZE && sc.pv_table[0][i] != 0; ++i) {
-        out    = append_move(out, sc.pv_table[0][i]);
+        snprintf(text, sizeof text, "info depth %d seldepth %d ",
+                 sc.best_depth.load(std::memory_order_relaxed), static_cast<int>(search_record(0).seldepth));
+    if (sc.multipv > 1) n += snprintf(text + n, sizeof text - n, "multipv %d ", line + 1);
+    n += append_score(text + n, sizeof text - n, score);
+    n += snprintf(text + n, sizeof text - n, " nodes %" PRId64 " time %d nps %d hashfull %d pv ",
+                  static_cast<int64_t>(nodes), static_cast<int>(elapsed), static_cast<int>(nps), hashfull);
+    char* out = text + n;
+    for (int i = 0; i < STACK_SIZE && pv[i] != 0; ++i) {
+        out    = append_move(out, pv[i]);
         *out++ = ' ';
     }
     // The blank after the last word becomes the line end.
     out[-1] = '\n';
-    fwrite(line, 1, static_cast<size_t>(out - line), stdout);
+    fwrite(text, 1, static_cast<size_t>(out - text), stdout);
+}
+
+void print_info() {
+    const uint64_t nodes  = total_nodes();
+    const int64_t elapsed = get_ms() - sc.search_start;
+    const int hashfull    = hash_full();
+    print_info_line(0, sc.best_score.load(std::memory_order_relaxed), sc.pv_table[0], nodes, elapsed,
+                    hashfull);
+    for (int k = 0; k < sc.extra_lines; ++k)
+        print_info_line(k + 1, sc.extra_scores[k], sc.extra_pvs[k], nodes, elapsed, hashfull);
 }
 
 void print_thinking() {

@@ -29,6 +29,7 @@ bool is_draw(const SearchThread& t) {
 }
 
 int qsearch(SearchThread& t, int pv, int alpha, int beta, int depth, int ply) {
+    note_ply(t, ply);
     alpha = std::max(alpha, ply - MATE);
     beta  = std::min(beta, MATE + 1 - ply);
     if (alpha >= beta) return alpha;

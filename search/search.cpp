@@ -121,12 +121,17 @@ static bool prune_node(SearchThread& t, int alpha, int beta, int depth, int ply,
 
 int search(SearchThread& t, int pv, int alpha, int beta, int depth, int ply, int prune, Move excluded) {
     if (depth < 1) return qsearch(t, pv, alpha, beta, 0, ply);
+    note_ply(t, ply);
     alpha = std::max(alpha, ply - MATE);
     beta  = std::min(beta, MATE + 1 - ply);
     if (alpha >= beta) return alpha;
     Position& p = *t.pos;
     if (ply >= MAX_PLY) return evaluate(p);
     if (search_stopped()) return 0;
+    if (t.nodes >= sc.node_limit) {
+        sc.stop.store(1, std::memory_order_relaxed);
+        return 0;
+    }
     if (is_draw(t)) return 0;
 
     const CmRow cmh = cm_row_of(t);

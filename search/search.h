@@ -25,6 +25,10 @@ constexpr int EVAL_ONLY_DEPTH = -2;
 inline bool search_stopped() {
     return sc.stop.load(std::memory_order_relaxed) != 0;
 }
+// The selective depth: the deepest ply of the iteration.
+inline void note_ply(SearchThread& t, int ply) {
+    if (static_cast<uint32_t>(ply) > t.seldepth) t.seldepth = static_cast<uint32_t>(ply);
+}
 // Scores the table stores without a mate-distance conversion.
 inline bool outside_mate_range(int s) {
     return MATE_STORE_LOW <= s && s <= MATE_STORE_HIGH;

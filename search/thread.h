@@ -10,11 +10,12 @@
 #include "board/types.h"
 
 struct SearchThread {
-    uint32_t id;      // 0 = main search thread
-    uint32_t histidx; // index of the current key in keyhist
-    uint64_t nodes;   // moves made since this thread's search began
-    uint64_t key;     // full key of the current slot, == keyhist[histidx]
-    Position* pos;    // current slot of stack
+    uint32_t id;       // 0 = main search thread
+    uint32_t histidx;  // index of the current key in keyhist
+    uint64_t nodes;    // moves made since this thread's search began
+    uint32_t seldepth; // the deepest ply this thread reached in its current iteration
+    uint64_t key;      // full key of the current slot, == keyhist[histidx]
+    Position* pos;     // current slot of stack
     Position stack[STACK_SIZE];
     uint32_t killers[2][STACK_SIZE];
     uint32_t counter[16][64];

@@ -8,13 +8,23 @@
 
 #include "search/thread.h"
 
+constexpr int MAX_MULTIPV = 256;
+
 struct SearchControl {
     std::atomic<int> stop;
-    int max_depth;              // last iteration the deepening may start
-    int64_t search_start;       // get_ms() at the start of the search
-    uint64_t hard_limit;        // ms of elapsed time after which the search is stopped
-    int limit_depth;            // the time limits apply once an iteration of this depth is complete
-    uint64_t time_limits[10];   // soft limits, chosen by time_slot; 0 = none
+    int max_depth;        // last iteration the deepening may start
+    int64_t search_start; // get_ms() at the start of the search
+    // The time limits count from here: the search start, or the moment a ponder search became the
+    // engine's own (the driver may move it, and the limits below, while the search runs).
+    std::atomic<int64_t> clock_start;
+    uint64_t hard_limit;                   // ms of elapsed time after which the search is stopped
+    std::atomic<int> limit_depth;          // the time limits apply once this depth is complete
+    std::atomic<uint64_t> time_limits[10]; // soft limits, chosen by time_slot; 0 = none
+    uint64_t node_limit;                   // nodes each thread may search (UINT64_MAX: no limit)
+    int mate_limit;                        // stop once a mate in this many moves is found (0: no)
+    int multipv;                           // lines searched at the root, best first
+    int root_move_count;                   // moves the root may search (0: all)
+    uint32_t root_moves[MAX_MOVES];
     std::atomic<int> time_slot; // 0..9
     std::atomic<int> best_depth;
     std::atomic<int> best_score;
@@ -22,6 +32,10 @@ struct SearchControl {
     std::atomic<uint32_t> root_move;
     std::atomic<int> root_move_index;
     uint32_t pv_table[STACK_SIZE][STACK_SIZE];
+    // MultiPV: the lines after the best one, as the last complete iteration left them.
+    int extra_lines;
+    int extra_scores[MAX_MULTIPV];
+    uint32_t extra_pvs[MAX_MULTIPV][STACK_SIZE];
     std::mutex search_lock;
 };
 extern SearchControl sc;

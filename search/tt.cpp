@@ -1,5 +1,6 @@
 #include "search/tt.h"
 
+#include <algorithm>
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
@@ -129,6 +130,17 @@ void hash_store(const SearchThread& t, Move move, int score, int eval, int depth
                           static_cast<uint64_t>(hash_age & AGE_MASK) << DATA_AGE_SHIFT;
     e.data.store(data, std::memory_order_relaxed);
     e.check.store(data ^ t.key, std::memory_order_relaxed);
+}
+
+int hash_full() {
+    constexpr uint64_t SAMPLE = 1000;
+    const uint64_t n          = std::min(SAMPLE, hash_mask + 1);
+    uint64_t used             = 0;
+    for (uint64_t i = 0; i < n; ++i) {
+        const uint64_t data = hash_table[i].data.load(std::memory_order_relaxed);
+        used += data != 0 && static_cast<uint32_t>(data >> DATA_AGE_SHIFT) == (hash_age & AGE_MASK);
+    }
+    return static_cast<int>(used * 1000 / n);
 }
 
 void hash_stats(int cores) {

@@ -48,5 +48,7 @@ void hash_store(const SearchThread& t, Move move, int score, int eval, int depth
 int score_to_hash(int score, int ply);
 int score_from_hash(int score, int ply);
 
+// Permille of the table written by the current search, from a sample of its first entries.
+int hash_full();
 // "dhash": hashing statistics lines.
 void hash_stats(int cores);

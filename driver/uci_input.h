@@ -1,0 +1,17 @@
+#pragma once
+// UCI input: while the UCI dialect runs, a thread of its own reads standard input line by line
+// into a queue. The command loop takes the lines in order; a running search takes out the few
+// commands it answers at once (stop, ponderhit, isready, quit) and leaves the rest waiting. No one
+// ever waits for the end of a line while a search needs its clock watched.
+
+#include <string>
+
+// Starts the reader (once). From then on no other code reads standard input.
+void uci_input_start();
+// The next line in arrival order, waiting for one. Input never ends for the UCI dialect: at the
+// end of input the reader keeps trying every 10 ms, and this keeps waiting.
+std::string uci_input_next();
+// Takes out the first waiting line that begins with one of the words, leaving the others in their
+// order; false when there is none before the first line that begins with the barrier word (or no
+// reader runs).
+bool uci_input_take(const char* const* words, int count, const char* barrier, std::string& line);
