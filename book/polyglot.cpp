@@ -31,6 +31,9 @@ struct BookScan {
     uint16_t chosen;
 };
 
+// The generator gives 15-bit numbers: 0 to BOOK_RAND_RANGE - 1.
+constexpr uint64_t BOOK_RAND_RANGE = 0x8000;
+
 static int book_rand() {
     book_rand_state = book_rand_state * 214013u + 2531011u;
     return static_cast<int>((book_rand_state >> 16) & 0x7FFF);
@@ -108,7 +111,9 @@ static void scan_position(FILE* f, uint64_t key, bool draw, bool use_best, BookS
             if (e.weight == max) s.chosen = e.move;
         } else if (count == 0) {
             s.chosen = e.move;
-        } else if (s.total > 0 && e.weight > 0 && r % e.weight < e.weight / 2) {
+        } else if (static_cast<uint64_t>(r) * s.total < static_cast<uint64_t>(e.weight) * BOOK_RAND_RANGE) {
+            // Taking each entry in turn with the chance of its weight in the total so far leaves
+            // every entry chosen in proportion to its weight.
             s.chosen = e.move;
         }
     }
@@ -141,8 +146,16 @@ static void format_listing(const Position& p, const BookScan& s, char* out, int 
 }
 
 bool book_open() {
-    engine.book_file = std::fopen(engine.book_name, "rb+");
-    return engine.book_file != nullptr;
+    // Read only: a book the user may not write (one a package installed) still opens. Some systems
+    // open a folder for reading too; its first read fails, and it is no book.
+    FILE* f = std::fopen(engine.book_name, "rb");
+    if (f && (std::fgetc(f), std::ferror(f))) {
+        std::fclose(f);
+        f = nullptr;
+    }
+    if (f) std::rewind(f);
+    engine.book_file = f;
+    return f != nullptr;
 }
 
 void book_close() {
