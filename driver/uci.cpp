@@ -133,6 +133,8 @@ void parse_go(SearchThread& game, const char* text) {
         if (field) *field = clamped(next_number(p));
         if (nodes) engine.go_nodes = next_number(p);
     }
+    // No mate lies beyond the deepest ply; a count that is not positive asks for none.
+    engine.go_mate = std::clamp(engine.go_mate, 0, MAX_PLY);
     engine.clock.fresh = engine.time_left > 0;
 }
 

@@ -74,8 +74,12 @@ void print_info() {
     const int hashfull    = hash_full();
     print_info_line(0, sc.best_score.load(std::memory_order_relaxed), sc.pv_table[0], nodes, elapsed,
                     hashfull);
+    // A search stopped amid its further lines shows those of the depth before; the best line may
+    // have moved among them since, and is not shown twice.
+    int shown = 1;
     for (int k = 0; k < sc.extra_lines; ++k)
-        print_info_line(k + 1, sc.extra_scores[k], sc.extra_pvs[k], nodes, elapsed, hashfull);
+        if ((sc.extra_pvs[k][0] & SQUARE_BITS) != (sc.pv_table[0][0] & SQUARE_BITS))
+            print_info_line(shown++, sc.extra_scores[k], sc.extra_pvs[k], nodes, elapsed, hashfull);
 }
 
 void print_thinking() {
