@@ -13,7 +13,7 @@
 #include "driver/control.h"
 #include "driver/display.h"
 #include "driver/engine_state.h"
-#include "driver/platform.h"
+#include "platform/platform.h"
 #include "eval/pawns.h"
 #include "eval/tables.h"
 #include "search/output.h"

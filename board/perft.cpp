@@ -6,7 +6,7 @@
 #include "board/makemove.h"
 #include "board/movegen.h"
 #include "board/playable.h"
-#include "driver/platform.h"
+#include "platform/platform.h"
 
 PerftTotals perft_totals;
 

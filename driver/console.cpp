@@ -16,7 +16,7 @@
 #include "driver/commands.h"
 #include "driver/display.h"
 #include "driver/engine_state.h"
-#include "driver/platform.h"
+#include "platform/platform.h"
 #include "eval/report.h"
 #include "search/threads.h"
 #include "search/tt.h"

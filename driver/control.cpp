@@ -15,7 +15,7 @@
 #include "driver/commands.h"
 #include "driver/engine_state.h"
 #include "driver/loop.h"
-#include "driver/platform.h"
+#include "platform/platform.h"
 #include "driver/uci_input.h"
 #include "search/output.h"
 #include "search/threads.h"

@@ -15,7 +15,7 @@
 #include "book/polyglot.h"
 #include "driver/control.h"
 #include "driver/engine_state.h"
-#include "driver/platform.h"
+#include "platform/platform.h"
 #include "search/output.h"
 #include "search/threads.h"
 

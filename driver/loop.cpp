@@ -15,7 +15,7 @@
 #include "driver/commands.h"
 #include "driver/engine_state.h"
 #include "driver/game.h"
-#include "driver/platform.h"
+#include "platform/platform.h"
 #include "driver/watcher.h"
 #include "eval/pawns.h"
 #include "eval/tables.h"

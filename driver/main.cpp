@@ -1,4 +1,4 @@
-#include "driver/cpu.h"
+#include "platform/cpu.h"
 #include "driver/loop.h"
 
 int main() {

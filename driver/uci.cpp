@@ -15,7 +15,7 @@
 #include "driver/control.h"
 #include "driver/engine_state.h"
 #include "driver/game.h"
-#include "driver/platform.h"
+#include "platform/platform.h"
 #include "driver/uci_input.h"
 #include "search/threads.h"
 #include "search/tt.h"

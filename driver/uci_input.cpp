@@ -6,7 +6,7 @@
 #include <mutex>
 #include <thread>
 
-#include "driver/platform.h"
+#include "platform/platform.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "driver/engine_state.h"
-#include "driver/platform.h"
+#include "platform/platform.h"
 
 constexpr int WATCH_MS = 4;
 

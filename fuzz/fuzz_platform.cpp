@@ -9,7 +9,7 @@
 #include <thread>
 
 #include "driver/engine_state.h"
-#include "driver/platform.h"
+#include "platform/platform.h"
 
 static std::deque<std::string> waiting;
 

@@ -4,7 +4,7 @@
 
 #include "board/makemove.h"
 #include "driver/engine_state.h"
-#include "driver/platform.h"
+#include "platform/platform.h"
 #include "eval/evaluate.h"
 #include "search/movepick.h"
 #include "search/output.h"

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "driver/platform.h"
+#include "platform/platform.h"
 #include "search/threads.h"
 #include "search/tt.h"
 

@@ -17,8 +17,8 @@
 #include <conio.h>
 #include <mmsystem.h>
 
-#include "driver/line_reader.h"
-#include "driver/platform.h"
+#include "platform/line_reader.h"
+#include "platform/platform.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "driver/line_reader.h"
+#include "platform/line_reader.h"
 
 bool LineReader::read_line(char* buf, int n) {
     if (n < 2) {

@@ -13,8 +13,8 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include "driver/line_reader.h"
-#include "driver/platform.h"
+#include "platform/line_reader.h"
+#include "platform/platform.h"
 
 namespace {
 
