@@ -13,6 +13,7 @@
 #include "board/attacks.h"
 #include "board/fen.h"
 #include "board/keys.h"
+#include "board/material.h"
 #include "board/perft.h"
 #include "eval/tables.h"
 
@@ -36,7 +37,7 @@ int main(int argc, char** argv) {
         {"startpos", START_FEN, 6},
         {"kiwipete", "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq -", 5},
     };
-    auto game = std::make_unique<SearchThread>();
+    auto game = std::make_unique<PositionStack>();
     for (const Case& c : cases) {
         double best    = 0;
         int64_t leaves = 0;

@@ -5,9 +5,8 @@
 
 #include "board/keys.h"
 #include "board/makemove.h"
+#include "board/material.h"
 #include "board/playable.h"
-#include "eval/tables.h"
-#include "search/tt.h"
 
 static constexpr char PIECE_LETTERS[] = "PNBRQK00pnbrqk";
 
@@ -58,7 +57,7 @@ static const char* read_placement(Position& p, const char* s) {
     return s;
 }
 
-void setboard(SearchThread& game, const char* fen) {
+void setboard(PositionStack& game, const char* fen) {
     std::memset(static_cast<void*>(&game), 0, sizeof game);
     game.pos    = &game.stack[0];
     Position& p = *game.pos;
@@ -95,7 +94,7 @@ void setboard(SearchThread& game, const char* fen) {
     game.keyhist[0] = game.key;
     p.phase         = compute_phase(p);
     pawn_key(p);
-    pst_init(p);
+    material_init(p);
     set_pins(p);
 }
 
@@ -138,38 +137,6 @@ void savepos(const Position& p) {
     char text[100];
     fen_text(p, text);
     std::printf("%s\n", text);
-}
-
-uint64_t new_game(SearchThread& game) {
-    hash_clear(); // zeroes the table and its age
-    keys_init();
-    game.key        = full_key(*game.pos);
-    game.histidx    = 0;
-    game.keyhist[0] = game.key;
-    return game.key;
-}
-
-void pst_init(Position& p) {
-    int mg[2] = {0, 0}, eg[2] = {0, 0};
-    for (int s = 0; s < 64; ++s) {
-        const int code = p.board[s];
-        if (code == EMPTY) continue;
-        mg[piece_colour(code)] += pst_mg[code][s];
-        eg[piece_colour(code)] += pst_eg[code][s];
-    }
-    p.mg = static_cast<int16_t>(mg[WHITE] - mg[BLACK]);
-    p.eg = static_cast<int16_t>(eg[WHITE] - eg[BLACK]);
-
-    // The report shows, per piece code, the base values at the raw index of the highest square
-    // holding that code.
-    std::memset(pst_display_mg, 0, sizeof pst_display_mg);
-    std::memset(pst_display_eg, 0, sizeof pst_display_eg);
-    for (int s = 0; s < 64; ++s) {
-        const int code = p.board[s];
-        if (code == EMPTY) continue;
-        pst_display_mg[code] = pst_mg_base[piece_type(code)][s];
-        pst_display_eg[code] = pst_eg_base[piece_type(code)][s];
-    }
 }
 
 uint8_t compute_phase(const Position& p) {

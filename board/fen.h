@@ -1,20 +1,16 @@
 #pragma once
-// FEN in and out, and the new-game reset of the shared key tables and transposition table.
+// FEN in and out.
 
+#include "board/stack.h"
 #include "board/types.h"
-#include "search/thread.h"
 
 inline constexpr const char* START_FEN = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -";
 
 // Rebuilds the whole game record (zeroed) with slot 0 holding the position the text describes.
-void setboard(SearchThread& game, const char* fen);
+void setboard(PositionStack& game, const char* fen);
 // Prints the FEN of the position and a newline.
 void savepos(const Position& p);
 // Builds the FEN text without printing it (buffer of at least 100 bytes).
 void fen_text(const Position& p, char* out);
-// Clears the transposition table and its age, refills the key tables, restarts the key history.
-uint64_t new_game(SearchThread& game);
-// Recomputes mg and eg from scratch and fills the evaluation report's display arrays.
-void pst_init(Position& p);
 // 156 minus the phase weights of the pieces on the board, limited below at 0.
 uint8_t compute_phase(const Position& p);

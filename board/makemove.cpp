@@ -2,7 +2,7 @@
 
 #include "board/attacks.h"
 #include "board/keys.h"
-#include "eval/tables.h"
+#include "board/material.h"
 
 std::atomic<uint64_t> nodes_searched{0};
 
@@ -28,7 +28,7 @@ static uint64_t straight_sliders(const Position& p, int colour) {
            ((rook_empty[s] & straight) && (rook_attacks(s, occ) & straight));
 }
 
-Position* make_move(SearchThread& t, Move m) {
+Position* make_move(PositionStack& t, Move m) {
     nodes_searched.store(nodes_searched.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
     set_thread_nodes(t, t.nodes + 1);
 
@@ -160,7 +160,7 @@ Position* make_move(SearchThread& t, Move m) {
     return p;
 }
 
-void commit_move(SearchThread& game, Move m) {
+void commit_move(PositionStack& game, Move m) {
     make_move(game, m);
     *(game.pos - 1) = *game.pos;
     --game.pos;

@@ -1,20 +1,20 @@
 #pragma once
 // Copy-make on a record's position stack with incremental keys and material sums, the pin/check
-// fields, and the legality tests. Unmake is the caller's step back (unmake_move in search/thread.h).
+// fields, and the legality tests. Unmake is the caller's step back (unmake_move in board/stack.h).
 
 #include <atomic>
 #include <cstdint>
 
 #include "board/attacks.h"
+#include "board/stack.h"
 #include "board/types.h"
-#include "search/thread.h"
 
 // Moves made by all threads; lost increments are acceptable (statistics only).
 extern std::atomic<uint64_t> nodes_searched;
 
-Position* make_move(SearchThread& t, Move m);
+Position* make_move(PositionStack& t, Move m);
 // Makes a game move and keeps the game position in slot 0 (the key history grows by one).
-void commit_move(SearchThread& game, Move m);
+void commit_move(PositionStack& game, Move m);
 void set_pins(Position& p);
 // A piece pinned to its king on square k may move only along the pin line: away from the king
 // (the pinner's square included) or towards it.

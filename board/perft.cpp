@@ -1,12 +1,7 @@
 #include "board/perft.h"
 
-#include <cinttypes>
-#include <cstdio>
-
 #include "board/makemove.h"
 #include "board/movegen.h"
-#include "board/playable.h"
-#include "platform/platform.h"
 
 PerftTotals perft_totals;
 
@@ -84,7 +79,7 @@ static void count_leaves(const Position& p, const MoveList& caps, const MoveList
 }
 
 // Each level holds its captures (all promotions) and its quiet moves, made in that order.
-void perft(SearchThread& t, int depth) {
+void perft(PositionStack& t, int depth) {
     MoveList caps, quiets;
     gen_captures_quiets(*t.pos, caps.moves, &caps.count, quiets.moves, &quiets.count);
 
@@ -100,27 +95,4 @@ void perft(SearchThread& t, int depth) {
             unmake_move(t);
         }
     }
-}
-
-void perft_command(SearchThread& game, int depth) {
-    // Every ply needs a stack slot and a key-history entry beyond the current ones.
-    const int slots = STACK_SIZE - 1 - static_cast<int>(game.pos - game.stack);
-    const int keys  = KEY_HISTORY - 1 - static_cast<int>(game.histidx);
-    const int room  = slots < keys ? slots : keys;
-    if (depth < 1 || depth > room) {
-        std::printf("usage: perft <maxply>\n");
-        return;
-    }
-    perft_totals        = PerftTotals{};
-    const int64_t start = get_ms();
-    // A position no game can reach (two kings of a colour, a capturable king...) has nothing the
-    // generators could count safely: its totals stay 0.
-    if (position_playable(*game.pos)) perft(game, depth);
-    const double seconds   = static_cast<double>(get_ms() - start) / 1000.0;
-    const PerftTotals& tot = perft_totals;
-    std::printf(" total moves = %" PRId64 " time = %.6f\n", tot.moves, seconds);
-    std::printf(" total captures %" PRId64 "\ttotal en passant %" PRId64 "\n", tot.captures + tot.en_passant,
-                tot.en_passant);
-    std::printf(" total castles  %" PRId64 "\ttotal checks %" PRId64 "\n", tot.castles, tot.checks);
-    std::printf(" total promotes %" PRId64 "\ttotal checkmates %" PRId64 "\n", tot.promotes, tot.checkmates);
 }

@@ -3,13 +3,11 @@
 
 #include <cstdint>
 
-#include "search/thread.h"
+#include "board/stack.h"
 
 struct PerftTotals {
     int64_t moves, captures, en_passant, castles, promotes, checkmates, checks;
 };
 extern PerftTotals perft_totals;
 
-void perft(SearchThread& t, int depth);
-// The console command: resets the totals, times the run and prints the four total lines.
-void perft_command(SearchThread& game, int depth);
+void perft(PositionStack& t, int depth);

@@ -17,27 +17,39 @@ constexpr int PAWN = 0, KNIGHT = 1, BISHOP = 2, ROOK = 3, QUEEN = 4, KING = 5;
 
 // Piece code = colour * 8 + type; 15 marks an empty square; 6, 7 and 14 never stand on the board.
 constexpr uint8_t EMPTY = 15;
-constexpr int piece_code(int colour, int type) { return colour * 8 + type; }
-constexpr int piece_type(int code) { return code & 7; }
-constexpr int piece_colour(int code) { return code >> 3; }
+constexpr int piece_code(int colour, int type) {
+    return colour * 8 + type;
+}
+constexpr int piece_type(int code) {
+    return code & 7;
+}
+constexpr int piece_colour(int code) {
+    return code >> 3;
+}
 
-constexpr int file_of(int sq) { return sq & 7; }
-constexpr int rank_of(int sq) { return sq >> 3; }
-constexpr uint64_t bit(int sq) { return 1ULL << sq; }
+constexpr int file_of(int sq) {
+    return sq & 7;
+}
+constexpr int rank_of(int sq) {
+    return sq >> 3;
+}
+constexpr uint64_t bit(int sq) {
+    return 1ULL << sq;
+}
 
 // The search never goes deeper than ply 120 nor iterates beyond depth 99.
-constexpr int MAX_PLY = 120;
-constexpr int STACK_SIZE = 128;
-constexpr int MAX_DEPTH = 99;
+constexpr int MAX_PLY     = 120;
+constexpr int STACK_SIZE  = 128;
+constexpr int MAX_DEPTH   = 99;
 constexpr int KEY_HISTORY = 1024;
-constexpr int MAX_MOVES = 256;
+constexpr int MAX_MOVES   = 256;
 
 // Scores: mate given at ply p is MATE - p, mate suffered p - MATE.
 constexpr int MATE = 32767;
 
 // Game phase weights by type; the full initial set of pieces weighs 156.
 constexpr int phase_weight[6] = {0, 6, 6, 13, 28, 0};
-constexpr int PHASE_TOTAL = 156;
+constexpr int PHASE_TOTAL     = 156;
 
 struct Position {
     uint8_t side;    // colour to move
@@ -47,8 +59,8 @@ struct Position {
     uint8_t rule50;  // plies since the last capture or pawn move
     uint8_t phase;   // 156 minus the phase weights on the board; read as a signed byte
     uint8_t wking, bking;
-    int16_t mg, eg;  // material + square values, white minus black, kept by make-move
-    int16_t eval;    // static evaluation the search stored for this slot
+    int16_t mg, eg; // material + square values, white minus black, kept by make-move
+    int16_t eval;   // static evaluation the search stored for this slot
     uint64_t pawnkey;
     uint64_t colour_bb[2];
     uint64_t type_bb[5]; // pawns .. queens of both colours; kings live in wking/bking
@@ -58,8 +70,12 @@ struct Position {
 };
 static_assert(std::is_trivially_copyable_v<Position>);
 
-inline int king_square(const Position& p, int colour) { return colour == WHITE ? p.wking : p.bking; }
-inline uint64_t occupancy(const Position& p) { return p.colour_bb[0] | p.colour_bb[1]; }
+inline int king_square(const Position& p, int colour) {
+    return colour == WHITE ? p.wking : p.bking;
+}
+inline uint64_t occupancy(const Position& p) {
+    return p.colour_bb[0] | p.colour_bb[1];
+}
 inline uint64_t pieces(const Position& p, int colour, int type) {
     return p.colour_bb[colour] & p.type_bb[type];
 }
@@ -69,13 +85,23 @@ inline uint64_t pieces(const Position& p, int colour, int type) {
 using Move = uint32_t;
 static_assert(sizeof(Move) == 4);
 
-constexpr uint32_t QUIET_MARK = 1u << 12;
+constexpr uint32_t QUIET_MARK  = 1u << 12;
 constexpr uint32_t SQUARE_BITS = 0xFFF;
-constexpr int move_to(Move m) { return m & 63; }
-constexpr int move_from(Move m) { return (m >> 6) & 63; }
-constexpr int move_promo(Move m) { return (m >> 13) & 7; }
-constexpr int move_key(Move m) { return static_cast<int16_t>(m >> 16); }
-constexpr Move make_move_word(int from, int to) { return static_cast<Move>(from * 64 + to); }
+constexpr int move_to(Move m) {
+    return m & 63;
+}
+constexpr int move_from(Move m) {
+    return (m >> 6) & 63;
+}
+constexpr int move_promo(Move m) {
+    return (m >> 13) & 7;
+}
+constexpr int move_key(Move m) {
+    return static_cast<int16_t>(m >> 16);
+}
+constexpr Move make_move_word(int from, int to) {
+    return static_cast<Move>(from * 64 + to);
+}
 
 // Generated promotion entries: sort key in bits 16..31, promotion type in bits 13..15.
 constexpr Move PROMO_QUEEN = 0xFFF48000u, PROMO_ROOK = 0xFFF36000u;
@@ -87,8 +113,12 @@ struct MoveList {
 };
 
 // Bitboard walking: lowest set bit first.
-inline int lsb(uint64_t b) { return std::countr_zero(b); }
-inline int popcount(uint64_t b) { return std::popcount(b); }
+inline int lsb(uint64_t b) {
+    return std::countr_zero(b);
+}
+inline int popcount(uint64_t b) {
+    return std::popcount(b);
+}
 inline int pop_lsb(uint64_t& b) {
     int s = std::countr_zero(b);
     b &= b - 1;

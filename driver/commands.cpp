@@ -17,6 +17,7 @@
 #include "book/polyglot.h"
 #include "driver/console.h"
 #include "driver/engine_state.h"
+#include "driver/game.h"
 #include "driver/uci.h"
 #include "driver/watcher.h"
 #include "search/threads.h"

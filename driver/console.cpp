@@ -3,6 +3,7 @@
 
 #include "driver/console.h"
 
+#include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -12,12 +13,15 @@
 #include "board/makemove.h"
 #include "board/notation.h"
 #include "board/perft.h"
+#include "board/playable.h"
 #include "book/polyglot.h"
 #include "driver/commands.h"
 #include "driver/display.h"
 #include "driver/engine_state.h"
-#include "platform/platform.h"
+#include "driver/game.h"
 #include "eval/report.h"
+#include "eval/tables.h"
+#include "platform/platform.h"
 #include "search/threads.h"
 #include "search/tt.h"
 
@@ -205,6 +209,30 @@ int cmd_list_game(SearchThread&) {
 int cmd_dhash(SearchThread&) {
     hash_stats(thread_count());
     return CMD_DONE;
+}
+
+// The console command: resets the totals, times the run and prints the four total lines.
+static void perft_command(PositionStack& game, int depth) {
+    // Every ply needs a stack slot and a key-history entry beyond the current ones.
+    const int slots = STACK_SIZE - 1 - static_cast<int>(game.pos - game.stack);
+    const int keys  = KEY_HISTORY - 1 - static_cast<int>(game.histidx);
+    const int room  = slots < keys ? slots : keys;
+    if (depth < 1 || depth > room) {
+        std::printf("usage: perft <maxply>\n");
+        return;
+    }
+    perft_totals        = PerftTotals{};
+    const int64_t start = get_ms();
+    // A position no game can reach (two kings of a colour, a capturable king...) has nothing the
+    // generators could count safely: its totals stay 0.
+    if (position_playable(*game.pos)) perft(game, depth);
+    const double seconds   = static_cast<double>(get_ms() - start) / 1000.0;
+    const PerftTotals& tot = perft_totals;
+    std::printf(" total moves = %" PRId64 " time = %.6f\n", tot.moves, seconds);
+    std::printf(" total captures %" PRId64 "\ttotal en passant %" PRId64 "\n", tot.captures + tot.en_passant,
+                tot.en_passant);
+    std::printf(" total castles  %" PRId64 "\ttotal checks %" PRId64 "\n", tot.castles, tot.checks);
+    std::printf(" total promotes %" PRId64 "\ttotal checkmates %" PRId64 "\n", tot.promotes, tot.checkmates);
 }
 
 int cmd_perft(SearchThread& game) {

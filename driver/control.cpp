@@ -15,6 +15,7 @@
 #include "driver/commands.h"
 #include "driver/engine_state.h"
 #include "driver/loop.h"
+#include "eval/tables.h"
 #include "platform/platform.h"
 #include "driver/uci_input.h"
 #include "search/output.h"

@@ -9,6 +9,7 @@
 #include "board/types.h"
 #include "driver/commands.h"
 #include "driver/engine_state.h"
+#include "driver/game.h"
 
 const char* const bench_positions[6] = {
     "3r1k2/4npp1/1ppr3p/p6P/P2PPPP1/1NR5/5K2/2R5 w - - 0 1",

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "board/keys.h"
 #include "board/makemove.h"
 #include "board/movegen.h"
 #include "board/notation.h"
@@ -18,6 +19,7 @@
 #include "platform/platform.h"
 #include "search/output.h"
 #include "search/threads.h"
+#include "search/tt.h"
 
 // When the engine began to handle the current move request.
 static int64_t think_start;
@@ -235,4 +237,13 @@ bool ponder_check(SearchThread& game, int last_result) {
     // Nothing starts another ponder search before the next regeneration clears this.
     sc.stop.store(1, std::memory_order_relaxed);
     return true;
+}
+
+uint64_t new_game(PositionStack& game) {
+    hash_clear(); // zeroes the table and its age
+    keys_init();
+    game.key        = full_key(*game.pos);
+    game.histidx    = 0;
+    game.keyhist[0] = game.key;
+    return game.key;
 }

@@ -1,30 +1,25 @@
 #pragma once
-// Evaluation tables: material-plus-square tables by piece code (read by make-move too), king zones,
-// distances, pawn masks and the pawn-structure cache. Filled once at start-up, read-only after.
+// Evaluation tables: king zones, distances, pawn masks, and the report's display of the square
+// values (the material and square tables themselves are board/material.h). Filled once at
+// start-up, read-only after.
 
 #include <cstdint>
 
+#include "board/material.h"
 #include "board/types.h"
 
-constexpr int piece_value[6] = {100, 310, 330, 500, 1000, 20000};
-constexpr int mg_adjust[6] = {-20, 0, 0, 0, 0, 0};
-constexpr int passed_bonus[8] = {0, 0, 4, 10, 40, 70, 90, 0};
-constexpr int connected_mg[8] = {0, 10, 15, 25, 40, 65, 110, 0};
-constexpr int connected_eg[8] = {0, 5, 5, 10, 25, 60, 110, 0};
+constexpr int passed_bonus[8]      = {0, 0, 4, 10, 40, 70, 90, 0};
+constexpr int connected_mg[8]      = {0, 10, 15, 25, 40, 65, 110, 0};
+constexpr int connected_eg[8]      = {0, 5, 5, 10, 25, 60, 110, 0};
 constexpr int king_safety_scale[8] = {0, 1, 7, 12, 16, 18, 20, 22};
-constexpr int CASTLE_BONUS = 20;
 
-// Base square values by type, index = file + 8 * row with row 0 the rank-8 line.
-extern const int32_t pst_mg_base[6][64];
-extern const int32_t pst_eg_base[6][64];
-
-constexpr uint64_t make_file_mask(int f) { return 0x0101010101010101ULL << f; }
+constexpr uint64_t make_file_mask(int f) {
+    return 0x0101010101010101ULL << f;
+}
 inline constexpr uint64_t file_mask[8] = {make_file_mask(0), make_file_mask(1), make_file_mask(2),
                                           make_file_mask(3), make_file_mask(4), make_file_mask(5),
                                           make_file_mask(6), make_file_mask(7)};
 
-extern int32_t pst_mg[16][64];
-extern int32_t pst_eg[16][64];
 extern uint64_t king_zone[64];
 extern uint8_t distance[64][64];
 extern uint64_t passed_mask[2][64];
@@ -36,6 +31,7 @@ extern uint64_t adjacent_files[8];
 extern int32_t pst_display_mg[16];
 extern int32_t pst_display_eg[16];
 
-void pawn_masks_init();   // passed_mask, front_span, pawn_neighbours, distance, king_zone
+void pawn_masks_init(); // passed_mask, front_span, pawn_neighbours, distance, king_zone
 void adjacent_files_init();
-void pst_tables_init();   // pst_mg, pst_eg
+// Recomputes mg and eg from scratch and fills the evaluation report's display arrays.
+void pst_init(Position& p);
