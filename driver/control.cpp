@@ -15,9 +15,9 @@
 #include "driver/commands.h"
 #include "driver/engine_state.h"
 #include "driver/loop.h"
+#include "driver/uci_input.h"
 #include "eval/tables.h"
 #include "platform/platform.h"
-#include "driver/uci_input.h"
 #include "search/output.h"
 #include "search/threads.h"
 #include "search/tt.h"
@@ -310,6 +310,17 @@ static bool open_ended() {
     return engine.go_infinite || engine.go_ponder || ((engine.go_nodes > 0 || engine.go_mate > 0) && !clock);
 }
 
+// What the search is for, as the driver's state says it: analysis, pondering, the dialect of its
+// progress lines.
+static void set_search_kind() {
+    const bool xboard = engine.xboard_mode.load(std::memory_order_relaxed);
+    sc.analysis       = engine.analyze_mode != 0;
+    sc.show_root      = xboard && engine.analyze_mode;
+    sc.pondering      = engine.pondering != 0;
+    sc.uci_output     = engine.uci_mode.load(std::memory_order_relaxed) != 0;
+    sc.display_depth  = engine.display_depth;
+}
+
 // What UCI's "go" asked beyond the clock: the root moves, lines, node and mate limits. Every other
 // dialect searches every move, one line, without either limit.
 static void set_uci_limits() {
@@ -343,6 +354,7 @@ void think(SearchThread& game) {
     sc.max_depth    = ta.max_depth;
     sc.search_start = get_ms();
     apply_limits(ta, sc.search_start);
+    set_search_kind();
     set_uci_limits();
     pst_init(*game.pos);
     Move fallback = 0;

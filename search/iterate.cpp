@@ -3,9 +3,8 @@
 #include <cstring>
 
 #include "board/makemove.h"
-#include "driver/engine_state.h"
-#include "platform/platform.h"
 #include "eval/evaluate.h"
+#include "platform/platform.h"
 #include "search/movepick.h"
 #include "search/output.h"
 #include "search/search.h"
@@ -98,7 +97,7 @@ int search_root(SearchThread& t, int alpha, int beta, int depth) {
 
     const CmRow cmh      = cm_row_of(t);
     const bool main      = t.id == 0;
-    const bool show_move = main && engine.xboard_mode.load(std::memory_order_relaxed) && engine.analyze_mode;
+    const bool show_move = main && sc.show_root;
     const bool filtered  = sc.root_move_count > 0 || (main && current_line > 0);
     MovePicker mp;
     picker_init(mp, t, hash_move, true, 1, false, 0);
@@ -182,9 +181,9 @@ bool widen_window(int score, int& alpha, int& beta, int& delta) {
 
 // Thread 0's progress line: UCI always, XBoard and console once the depth is worth showing.
 static void report() {
-    if (engine.uci_mode.load(std::memory_order_relaxed))
+    if (sc.uci_output)
         print_info();
-    else if (sc.best_depth.load(std::memory_order_relaxed) >= engine.display_depth)
+    else if (sc.best_depth.load(std::memory_order_relaxed) >= sc.display_depth)
         print_thinking();
 }
 
@@ -231,8 +230,7 @@ static void deepen(SearchThread& t) {
             score = search_root(t, alpha, beta, depth);
             if (search_stopped()) return;
             if (!widen_window(score, alpha, beta, delta)) break;
-            if (main && delta > WIDEN_REPORT_DELTA && engine.analyze_mode && depth >= WIDEN_REPORT_DEPTH)
-                report();
+            if (main && delta > WIDEN_REPORT_DELTA && sc.analysis && depth >= WIDEN_REPORT_DEPTH) report();
             // Widened past any score: the depth ends with the last one.
             if (delta > MATE) break;
         }
@@ -248,7 +246,7 @@ static void deepen(SearchThread& t) {
                 return;
         }
         if (++depth > sc.max_depth) return;
-        delta = depth < FULL_WINDOW_DEPTH ? MATE : (engine.pondering ? DELTA_PONDER : DELTA_NORMAL);
+        delta = depth < FULL_WINDOW_DEPTH ? MATE : (sc.pondering ? DELTA_PONDER : DELTA_NORMAL);
     }
 }
 

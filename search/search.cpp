@@ -2,7 +2,6 @@
 
 #include "board/keys.h"
 #include "board/makemove.h"
-#include "driver/engine_state.h"
 #include "eval/evaluate.h"
 #include "search/movepick.h"
 #include "search/search.h"
@@ -197,7 +196,7 @@ int search(SearchThread& t, int pv, int alpha, int beta, int depth, int ply, int
         }
     }
 
-    const int underpromotions = (ply <= UNDERPROMOTION_PLY || engine.analyze_mode) ? 1 : 0;
+    const int underpromotions = (ply <= UNDERPROMOTION_PLY || sc.analysis) ? 1 : 0;
     MovePicker mp;
     picker_init(mp, t, hash_move, true, underpromotions, false, ply);
     const bool singular_candidate = depth >= SINGULAR_DEPTH && excluded == 0 &&

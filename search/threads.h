@@ -12,6 +12,12 @@ constexpr int MAX_MULTIPV = 256;
 
 struct SearchControl {
     std::atomic<int> stop;
+    // What the driver asks of this search, set before the threads start.
+    bool analysis;   // an analysis: underpromotions at every ply, widened windows reported
+    bool show_root;  // the root move being searched is published (XBoard analysis, for ".")
+    bool pondering;  // a ponder search: wider aspiration windows
+    bool uci_output; // progress lines in UCI form, else thinking lines from display_depth on
+    int display_depth;
     int max_depth;        // last iteration the deepening may start
     int64_t search_start; // get_ms() at the start of the search
     // The time limits count from here: the search start, or the moment a ponder search became the
