@@ -4,15 +4,12 @@
 #include <cstring>
 
 #include "board/keys.h"
-#include "board/makemove.h"
 #include "board/notation.h"
-#include "driver/engine_state.h"
-#include "driver/game.h"
 
 uint32_t book_rand_state = 1;
 
 constexpr long ENTRY_SIZE       = 16;
-constexpr int LISTING_SIZE      = 16;
+constexpr int LISTING_SIZE      = BOOK_LISTED;
 constexpr uint16_t NO_BOOK_MOVE = 0;
 
 struct BookEntry {
@@ -145,73 +142,32 @@ static void format_listing(const Position& p, const BookScan& s, char* out, int 
     if (used >= 0 && used < size) std::snprintf(out + used, static_cast<size_t>(size - used), " }");
 }
 
-bool book_open() {
+FILE* book_file_open(const char* name) {
     // Read only: a book the user may not write (one a package installed) still opens. Some systems
     // open a folder for reading too; its first read fails, and it is no book.
-    FILE* f = std::fopen(engine.book_name, "rb");
+    FILE* f = std::fopen(name, "rb");
     if (f && (std::fgetc(f), std::ferror(f))) {
         std::fclose(f);
         f = nullptr;
     }
     if (f) std::rewind(f);
-    engine.book_file = f;
-    return f != nullptr;
+    return f;
 }
 
-void book_close() {
-    if (engine.book_file && std::fclose(engine.book_file) != 0 && !engine.xboard_mode.load())
-        std::printf("book_close(): fclose()\n");
-    engine.book_file = nullptr;
-}
-
-Move book_probe(SearchThread& game) {
-    if (!engine.book_mode || !engine.book_file) return 0;
-    generate_legal_moves(game, false);
-    Position p          = *game.pos;
-    const uint64_t key  = full_key(p);
-    const bool use_best = engine.ply >= engine.book_random && engine.pickbest;
+Move book_choose(FILE* f, const Position& p, bool use_best, char* listing, int size) {
+    Position copy = p; // the key is computed on a position of its own
     BookScan s;
-    scan_position(engine.book_file, key, true, use_best, s);
+    scan_position(f, full_key(copy), true, use_best, s);
     if (s.chosen == NO_BOOK_MOVE) return 0;
-
-    const bool console = !engine.xboard_mode.load();
-    if (console) {
-        char listing[LISTING_SIZE * 16 + 8];
-        format_listing(p, s, listing, sizeof listing);
-        std::printf("%s\n", listing);
-        std::fflush(stdout);
-    }
-    const Move move = translate(p, s.chosen);
-    if (console) std::printf("Polyglot %s Found : %s\n", use_best ? "Best" : "Random", move_text(move));
-
-    if (engine.ply > engine.bookdepth && !engine.analyze_mode) {
-        std::printf("End of Polglot Book\n");
-        book_close();
-        engine.book_mode = 0;
-        return 0;
-    }
-
-    // The move must come back from its own text as one of the game position's legal moves.
-    char text[8];
-    std::snprintf(text, sizeof text, "%s", move_text(move));
-    const Move read_back = text_to_move(text);
-    for (uint32_t i = 0; i < engine.legal_count; ++i) {
-        const Move m = engine.legal_moves.moves[i];
-        if (m != 0 && (m & 0xFFFF) == read_back && legal(*game.pos, m)) return move;
-    }
-    std::printf("Illegal move: %s\n", text);
-    std::printf("Illegal:book move ");
-    std::printf(" buffer=%s mv %s\n", text, move_text(read_back));
-    return 0;
+    if (listing) format_listing(p, s, listing, size);
+    return translate(p, s.chosen);
 }
 
-void book_listing(SearchThread& game, char* out, int size) {
+void book_listing(FILE* f, const Position& p, char* out, int size) {
     if (size <= 0) return;
     out[0] = '\0';
-    if (!engine.book_file) return;
-    Position p         = *game.pos;
-    const uint64_t key = full_key(p);
+    Position copy = p;
     BookScan s;
-    scan_position(engine.book_file, key, false, false, s);
+    scan_position(f, full_key(copy), false, false, s);
     if (s.held > 0) format_listing(p, s, out, size);
 }

@@ -14,7 +14,7 @@
 #include "board/keys.h"
 #include "board/makemove.h"
 #include "board/playable.h"
-#include "book/polyglot.h"
+#include "driver/book.h"
 #include "driver/console.h"
 #include "driver/engine_state.h"
 #include "driver/game.h"
@@ -336,7 +336,7 @@ static int cmd_uci(SearchThread& game) {
     // that no way out of the program (a failed table allocation included) leaves it unjoined.
     engine.watcher_quit = 1;
     join_input_watcher();
-    engine.uci_mode     = 1;
+    engine.uci_mode = 1;
     uci_loop(game);
     engine.uci_done = 1;
     engine.uci_mode = 0;

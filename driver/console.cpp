@@ -14,7 +14,7 @@
 #include "board/notation.h"
 #include "board/perft.h"
 #include "board/playable.h"
-#include "book/polyglot.h"
+#include "driver/book.h"
 #include "driver/commands.h"
 #include "driver/display.h"
 #include "driver/engine_state.h"

@@ -13,7 +13,7 @@
 #include "board/movegen.h"
 #include "board/notation.h"
 #include "board/playable.h"
-#include "book/polyglot.h"
+#include "driver/book.h"
 #include "driver/control.h"
 #include "driver/engine_state.h"
 #include "platform/platform.h"

@@ -11,14 +11,14 @@
 #include "board/attacks.h"
 #include "board/fen.h"
 #include "board/keys.h"
-#include "book/polyglot.h"
+#include "driver/book.h"
 #include "driver/commands.h"
 #include "driver/engine_state.h"
 #include "driver/game.h"
-#include "platform/platform.h"
 #include "driver/watcher.h"
 #include "eval/pawns.h"
 #include "eval/tables.h"
+#include "platform/platform.h"
 #include "search/search.h"
 #include "search/threads.h"
 #include "search/tt.h"
@@ -94,7 +94,7 @@ void start_new_game(SearchThread& game) {
     engine.game_over  = 0;
     // The lag measured so far still holds; the last game's clock does not.
     engine.clock.time_left = 0;
-    engine.ply        = 0;
+    engine.ply             = 0;
     read_settings_file();
     generate_legal_moves(game, true);
 }

@@ -10,7 +10,7 @@
 
 #include "board/fen.h"
 #include "board/makemove.h"
-#include "book/polyglot.h"
+#include "driver/book.h"
 #include "driver/engine_state.h"
 #include "driver/game.h"
 #include "fuzz/harness.h"

@@ -6,6 +6,7 @@
 
 #include "bench/search_harness.h"
 #include "book/polyglot.h"
+#include "driver/book.h"
 #include "driver/game.h"
 #include "fuzz/fuzz_platform.h"
 

@@ -1,0 +1,62 @@
+#include "driver/book.h"
+
+#include <cstdio>
+
+#include "board/makemove.h"
+#include "board/notation.h"
+#include "book/polyglot.h"
+#include "driver/engine_state.h"
+#include "driver/game.h"
+
+bool book_open() {
+    engine.book_file = book_file_open(engine.book_name);
+    return engine.book_file != nullptr;
+}
+
+void book_close() {
+    if (engine.book_file && std::fclose(engine.book_file) != 0 && !engine.xboard_mode.load())
+        std::printf("book_close(): fclose()\n");
+    engine.book_file = nullptr;
+}
+
+Move book_probe(SearchThread& game) {
+    if (!engine.book_mode || !engine.book_file) return 0;
+    generate_legal_moves(game, false);
+    const bool use_best = engine.ply >= engine.book_random && engine.pickbest;
+    const bool console  = !engine.xboard_mode.load();
+    char listing[BOOK_LISTING_SIZE];
+    const Move move =
+        book_choose(engine.book_file, *game.pos, use_best, console ? listing : nullptr, sizeof listing);
+    if (move == 0) return 0;
+    if (console) {
+        std::printf("%s\n", listing);
+        std::fflush(stdout);
+        std::printf("Polyglot %s Found : %s\n", use_best ? "Best" : "Random", move_text(move));
+    }
+
+    if (engine.ply > engine.bookdepth && !engine.analyze_mode) {
+        std::printf("End of Polglot Book\n");
+        book_close();
+        engine.book_mode = 0;
+        return 0;
+    }
+
+    // The move must come back from its own text as one of the game position's legal moves.
+    char text[8];
+    std::snprintf(text, sizeof text, "%s", move_text(move));
+    const Move read_back = text_to_move(text);
+    for (uint32_t i = 0; i < engine.legal_count; ++i) {
+        const Move m = engine.legal_moves.moves[i];
+        if (m != 0 && (m & 0xFFFF) == read_back && legal(*game.pos, m)) return move;
+    }
+    std::printf("Illegal move: %s\n", text);
+    std::printf("Illegal:book move ");
+    std::printf(" buffer=%s mv %s\n", text, move_text(read_back));
+    return 0;
+}
+
+void book_listing(SearchThread& game, char* out, int size) {
+    if (size <= 0) return;
+    out[0] = '\0';
+    if (engine.book_file) book_listing(engine.book_file, *game.pos, out, size);
+}
