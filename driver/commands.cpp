@@ -19,6 +19,7 @@
 #include "driver/engine_state.h"
 #include "driver/game.h"
 #include "driver/uci.h"
+#include "driver/version.h"
 #include "driver/watcher.h"
 #include "search/threads.h"
 #include "search/tt.h"
@@ -29,7 +30,6 @@ int token_count;
 // Big enough for the longest line any reader hands over (the UCI reader's included).
 static char token_copy[32768];
 
-static constexpr const char* VERSION  = "2.0.34";
 static constexpr int MAX_SEARCH_DEPTH = 120;
 
 int split_line(const char* text, const char* delimiters) {
@@ -231,7 +231,7 @@ static int cmd_ics(SearchThread&) {
         return CMD_DONE;
     }
     if (std::strcmp(tokens[1], "-") != 0)
-        std::printf("tellicsnoalias kibitz Hello from Morvaine v%s %s%d cpus%s\n", VERSION, "(",
+        std::printf("tellicsnoalias kibitz Hello from %s v%s %s%d cpus%s\n", ENGINE_NAME, VERSION, "(",
                     engine.cores > 0 ? engine.cores : 1, ")");
     return CMD_DONE;
 }

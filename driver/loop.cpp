@@ -15,6 +15,7 @@
 #include "driver/commands.h"
 #include "driver/engine_state.h"
 #include "driver/game.h"
+#include "driver/version.h"
 #include "driver/watcher.h"
 #include "eval/pawns.h"
 #include "eval/tables.h"
@@ -54,7 +55,7 @@ void startup() {
     engine.book_mode   = 0;
     engine.pickbest    = 0;
 
-    std::puts("Morvaine v2.0.34");
+    std::printf("%s v%s\n", ENGINE_NAME, VERSION);
 
     engine.ply          = 0;
     engine.input_ready  = 0;

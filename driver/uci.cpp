@@ -15,8 +15,9 @@
 #include "driver/control.h"
 #include "driver/engine_state.h"
 #include "driver/game.h"
-#include "platform/platform.h"
 #include "driver/uci_input.h"
+#include "driver/version.h"
+#include "platform/platform.h"
 #include "search/threads.h"
 #include "search/tt.h"
 
@@ -134,7 +135,7 @@ void parse_go(SearchThread& game, const char* text) {
         if (nodes) engine.go_nodes = next_number(p);
     }
     // No mate lies beyond the deepest ply; a count that is not positive asks for none.
-    engine.go_mate = std::clamp(engine.go_mate, 0, MAX_PLY);
+    engine.go_mate     = std::clamp(engine.go_mate, 0, MAX_PLY);
     engine.clock.fresh = engine.time_left > 0;
 }
 
@@ -185,7 +186,7 @@ void uci_loop(SearchThread& game) {
     hash_alloc(DEFAULT_HASH_MB);
     start_position(game);
     std::setvbuf(stdout, nullptr, _IONBF, 0);
-    std::printf("id name %s %s\n", "Morvaine 2.0.34", "SSE POPCNT");
+    std::printf("id name %s %s %s\n", ENGINE_NAME, VERSION, BUILD_TEXT);
     std::printf("id author %s\n", "the Morvaine authors");
     std::printf("option name Hash type spin default %d min 1 max 32768\n", DEFAULT_HASH_MB);
     std::printf("option name Threads type spin default 1 min 1 max %d\n", MAX_THREADS);
