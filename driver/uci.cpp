@@ -21,7 +21,6 @@
 #include "search/threads.h"
 #include "search/tt.h"
 
-constexpr int UCI_LINE_SIZE      = 32758;
 constexpr int DEFAULT_HASH_MB    = 128;
 constexpr int MOST_MOVE_OVERHEAD = 5000;
 // The deepest root whose search still finds room for its 120 plies in the key history.

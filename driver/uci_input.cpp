@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr int LINE_SIZE    = 32758;
 constexpr int EOF_RETRY_MS = 10;
 
 struct Queue {
@@ -29,10 +28,10 @@ Queue& queue() {
 
 // A line longer than the buffer arrives in pieces, each taken as a line of its own.
 void read_lines() {
-    static char buffer[LINE_SIZE];
+    static char buffer[UCI_LINE_SIZE];
     Queue& q = queue();
     for (;;) {
-        if (!read_line(buffer, LINE_SIZE - 1)) {
+        if (!read_line(buffer, UCI_LINE_SIZE - 1)) {
             sleep_ms(EOF_RETRY_MS);
             continue;
         }

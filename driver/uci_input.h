@@ -6,6 +6,10 @@
 
 #include <string>
 
+// A UCI line buffer: at most 32,756 characters of a line, its line end and the terminator; a
+// longer line arrives in pieces.
+constexpr int UCI_LINE_SIZE = 32758;
+
 // Starts the reader (once). From then on no other code reads standard input.
 void uci_input_start();
 // The next line in arrival order, waiting for one. Input never ends for the UCI dialect: at the
