@@ -14,9 +14,9 @@
 #include "driver/display.h"
 #include "driver/engine_state.h"
 #include "driver/game.h"
+#include "eval/pawns.h"
 #include "eval/tables.h"
 #include "platform/platform.h"
-#include "eval/pawns.h"
 #include "search/output.h"
 #include "search/search.h"
 #include "search/threads.h"
@@ -56,14 +56,15 @@ struct FixedSearch {
 inline FixedSearch fixed_depth_search(SearchThread& game, const char* fen, int depth) {
     setboard(game, fen);
     new_game(game);
-    reset_search_control();
-    engine.xboard_mode   = 0;
-    engine.uci_mode      = 0;
-    engine.analyze_mode  = 0;
-    engine.pondering     = 0;
-    engine.display_depth = MAX_DEPTH + 1;
-    engine.depth_limit   = depth;
-    const int64_t start  = get_ms();
+    clock_inputs.clear_request();
+    reset_search_state();
+    protocol.xboard_mode     = 0;
+    protocol.uci_mode        = 0;
+    protocol.analyze_mode    = 0;
+    protocol.pondering       = 0;
+    protocol.display_depth   = MAX_DEPTH + 1;
+    clock_inputs.depth_limit = depth;
+    const int64_t start      = get_ms();
     think(game);
     FixedSearch r{};
     r.ms    = get_ms() - start;

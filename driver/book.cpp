@@ -9,24 +9,24 @@
 #include "driver/game.h"
 
 bool book_open() {
-    engine.book_file = book_file_open(engine.book_name);
-    return engine.book_file != nullptr;
+    book_settings.file = book_file_open(book_settings.name);
+    return book_settings.file != nullptr;
 }
 
 void book_close() {
-    if (engine.book_file && std::fclose(engine.book_file) != 0 && !engine.xboard_mode.load())
+    if (book_settings.file && std::fclose(book_settings.file) != 0 && !protocol.xboard_mode.load())
         std::printf("book_close(): fclose()\n");
-    engine.book_file = nullptr;
+    book_settings.file = nullptr;
 }
 
 Move book_probe(SearchThread& game) {
-    if (!engine.book_mode || !engine.book_file) return 0;
+    if (!book_settings.mode || !book_settings.file) return 0;
     generate_legal_moves(game, false);
-    const bool use_best = engine.ply >= engine.book_random && engine.pickbest;
-    const bool console  = !engine.xboard_mode.load();
+    const bool use_best = game_history.ply >= book_settings.random && book_settings.pickbest;
+    const bool console  = !protocol.xboard_mode.load();
     char listing[BOOK_LISTING_SIZE];
     const Move move =
-        book_choose(engine.book_file, *game.pos, use_best, console ? listing : nullptr, sizeof listing);
+        book_choose(book_settings.file, *game.pos, use_best, console ? listing : nullptr, sizeof listing);
     if (move == 0) return 0;
     if (console) {
         std::printf("%s\n", listing);
@@ -34,10 +34,10 @@ Move book_probe(SearchThread& game) {
         std::printf("Polyglot %s Found : %s\n", use_best ? "Best" : "Random", move_text(move));
     }
 
-    if (engine.ply > engine.bookdepth && !engine.analyze_mode) {
+    if (game_history.ply > book_settings.depth && !protocol.analyze_mode) {
         std::printf("End of Polglot Book\n");
         book_close();
-        engine.book_mode = 0;
+        book_settings.mode = 0;
         return 0;
     }
 
@@ -45,8 +45,8 @@ Move book_probe(SearchThread& game) {
     char text[8];
     std::snprintf(text, sizeof text, "%s", move_text(move));
     const Move read_back = text_to_move(text);
-    for (uint32_t i = 0; i < engine.legal_count; ++i) {
-        const Move m = engine.legal_moves.moves[i];
+    for (uint32_t i = 0; i < game_history.legal_count; ++i) {
+        const Move m = game_history.legal_moves.moves[i];
         if (m != 0 && (m & 0xFFFF) == read_back && legal(*game.pos, m)) return move;
     }
     std::printf("Illegal move: %s\n", text);
@@ -58,5 +58,5 @@ Move book_probe(SearchThread& game) {
 void book_listing(SearchThread& game, char* out, int size) {
     if (size <= 0) return;
     out[0] = '\0';
-    if (engine.book_file) book_listing(engine.book_file, *game.pos, out, size);
+    if (book_settings.file) book_listing(book_settings.file, *game.pos, out, size);
 }

@@ -5,7 +5,7 @@
 
 #include "search/thread.h"
 
-// Opens engine.book_name into engine.book_file; false when it cannot be opened.
+// Opens book_settings.name into book_settings.file; false when it cannot be opened.
 bool book_open();
 void book_close();
 // Yields an engine move, or 0.

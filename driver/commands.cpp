@@ -58,8 +58,8 @@ static int int_argument() {
 }
 
 void take_back(SearchThread& game, int n) {
-    for (int taken = 0; taken < n && engine.ply > 0; ++taken) {
-        *game.pos = engine.position_history[engine.ply];
+    for (int taken = 0; taken < n && game_history.ply > 0; ++taken) {
+        *game.pos = game_history.position_history[game_history.ply];
         // A position set up from FEN mid-game restarted the key history; never step below it.
         if (game.histidx > 0) {
             --game.histidx;
@@ -68,9 +68,9 @@ void take_back(SearchThread& game, int n) {
             game.key        = full_key(*game.pos);
             game.keyhist[0] = game.key;
         }
-        --engine.ply;
+        --game_history.ply;
     }
-    engine.game_over = 0;
+    game_history.game_over = 0;
 }
 
 // The side to move is part of the key and of the pin and check fields: keep them consistent.
@@ -89,16 +89,16 @@ static int cmd_nothing(SearchThread&) {
 }
 
 static int cmd_analyze(SearchThread&) {
-    engine.depth_limit  = 99;
-    engine.force_mode   = 0;
-    engine.analyze_mode = 1;
+    clock_inputs.depth_limit = 99;
+    protocol.force_mode      = 0;
+    protocol.analyze_mode    = 1;
     return CMD_DONE;
 }
 
 static int cmd_back(SearchThread& game) {
     int n = has_argument() ? int_argument() : 1;
     if (n < 1) {
-        engine.game_over = 0;
+        game_history.game_over = 0;
         return CMD_POSITION;
     }
     take_back(game, n);
@@ -107,13 +107,13 @@ static int cmd_back(SearchThread& game) {
 
 static int cmd_white(SearchThread& game) {
     set_side(game, WHITE);
-    engine.force_mode = 0;
+    protocol.force_mode = 0;
     return CMD_POSITION;
 }
 
 static int cmd_black(SearchThread& game) {
     set_side(game, BLACK);
-    engine.force_mode = 0;
+    protocol.force_mode = 0;
     return CMD_POSITION;
 }
 
@@ -121,21 +121,21 @@ static int cmd_book(SearchThread&) {
     if (!has_argument() || std::strcmp(tokens[1], "help") == 0 || std::strcmp(tokens[1], "?") == 0) {
         std::puts("usage:  Book 0  - no book");
         std::puts("        Book 1  - PolyGlot book {best move}");
-        std::printf("Current Book #  - %d\n", engine.book_mode);
+        std::printf("Current Book #  - %d\n", book_settings.mode);
     } else if (std::strcmp(tokens[1], "off") == 0 || std::strcmp(tokens[1], "0") == 0) {
-        if (engine.book_file != nullptr) book_close();
-        engine.book_mode = 0;
+        if (book_settings.file != nullptr) book_close();
+        book_settings.mode = 0;
     } else {
-        engine.book_mode = int_argument();
+        book_settings.mode = int_argument();
     }
-    if (engine.book_mode != 0 && engine.book_file == nullptr) {
+    if (book_settings.mode != 0 && book_settings.file == nullptr) {
         book_close();
         if (book_open()) {
-            engine.book_mode = 1;
-            std::printf("found %s\n", engine.book_name);
+            book_settings.mode = 1;
+            std::printf("found %s\n", book_settings.name);
         } else {
-            std::printf("book_open: can't open %s\n", engine.book_name);
-            engine.book_mode = 0;
+            std::printf("book_open: can't open %s\n", book_settings.name);
+            book_settings.mode = 0;
         }
     }
     return CMD_DONE;
@@ -145,7 +145,7 @@ static int cmd_pickbest(SearchThread&) {
     if (!has_argument())
         std::puts("usage: pickbest 0 or 1");
     else
-        engine.pickbest = int_argument();
+        book_settings.pickbest = int_argument();
     return CMD_DONE;
 }
 
@@ -153,28 +153,28 @@ static int cmd_bookdepth(SearchThread&) {
     if (!has_argument())
         std::puts("usage: bookdepth <args> - default 48 half moves");
     else
-        engine.bookdepth = int_argument();
-    std::printf("bookdepth=%d\n", engine.bookdepth);
+        book_settings.depth = int_argument();
+    std::printf("bookdepth=%d\n", book_settings.depth);
     return CMD_DONE;
 }
 
 static int cmd_bookname(SearchThread&) {
     if (!has_argument()) {
         std::puts("usage: bookname <file name>");
-        std::printf("       current book %s\n", engine.book_name);
+        std::printf("       current book %s\n", book_settings.name);
         return CMD_DONE;
     }
     book_close();
     // The name is quoted on the (already folded) line, so it may hold blanks and slashes.
-    if (const char* open = std::strchr(engine.line, '"')) {
+    if (const char* open = std::strchr(input_line, '"')) {
         ++open;
         const char* close = std::strchr(open, '"');
         size_t len        = close != nullptr ? static_cast<size_t>(close - open) : std::strlen(open);
-        if (len > sizeof engine.book_name - 1) len = sizeof engine.book_name - 1;
-        std::memcpy(engine.book_name, open, len);
-        engine.book_name[len] = '\0';
+        if (len > sizeof book_settings.name - 1) len = sizeof book_settings.name - 1;
+        std::memcpy(book_settings.name, open, len);
+        book_settings.name[len] = '\0';
     }
-    std::printf("book = %s\n", engine.book_name);
+    std::printf("book = %s\n", book_settings.name);
     return CMD_DONE;
 }
 
@@ -182,8 +182,8 @@ static int cmd_book_random(SearchThread&) {
     if (!has_argument())
         std::puts("usage: book_random [move number]");
     else
-        engine.book_random = int_argument();
-    std::printf("book_random=%d\n", engine.book_random);
+        book_settings.random = int_argument();
+    std::printf("book_random=%d\n", book_settings.random);
     return CMD_DONE;
 }
 
@@ -193,34 +193,34 @@ static int cmd_cores(SearchThread&) {
         return CMD_DONE;
     }
     set_threads(int_argument());
-    engine.cores = thread_count();
-    std::printf("CPUs available %d\n", engine.cores);
+    protocol.cores = thread_count();
+    std::printf("CPUs available %d\n", protocol.cores);
     return CMD_DONE;
 }
 
 static int cmd_easy(SearchThread&) {
-    engine.ponder = 0;
+    protocol.ponder = 0;
     std::puts("pondering disabled.");
     return CMD_DONE;
 }
 
 static int cmd_exit(SearchThread&) {
-    if (engine.analyze_mode) {
-        engine.analyze_mode = 0;
+    if (protocol.analyze_mode) {
+        protocol.analyze_mode = 0;
         sc.stop.store(1, std::memory_order_relaxed);
-        engine.depth_limit = 14;
+        clock_inputs.depth_limit = 14;
         std::putchar('\n');
     }
     return CMD_DONE;
 }
 
 static int cmd_force(SearchThread&) {
-    engine.force_mode = 1;
-    return engine.xboard_mode ? CMD_FORCE : CMD_DONE;
+    protocol.force_mode = 1;
+    return protocol.xboard_mode ? CMD_FORCE : CMD_DONE;
 }
 
 static int cmd_hard(SearchThread&) {
-    engine.ponder = 1;
+    protocol.ponder = 1;
     std::puts("pondering enabled.");
     return CMD_DONE;
 }
@@ -232,7 +232,7 @@ static int cmd_ics(SearchThread&) {
     }
     if (std::strcmp(tokens[1], "-") != 0)
         std::printf("tellicsnoalias kibitz Hello from %s v%s %s%d cpus%s\n", ENGINE_NAME, VERSION, "(",
-                    engine.cores > 0 ? engine.cores : 1, ")");
+                    protocol.cores > 0 ? protocol.cores : 1, ")");
     return CMD_DONE;
 }
 
@@ -248,14 +248,14 @@ static int cmd_level(SearchThread&) {
         std::puts("usage: level <nmoves> <stime> <inc>");
         return CMD_DONE;
     }
-    int moves          = std::atoi(tokens[1]);
-    engine.moves_to_go = moves;
+    int moves                = std::atoi(tokens[1]);
+    clock_inputs.moves_to_go = moves;
     // Base time in minutes, optionally minutes:seconds.
     int64_t seconds = static_cast<int64_t>(std::atoi(tokens[2])) * 60;
     if (const char* colon = std::strchr(tokens[2], ':')) seconds += std::atoi(colon + 1);
-    engine.time_left   = saturated(static_cast<double>(seconds) * 1000.0);
-    engine.increment   = saturated(std::atof(tokens[3]) * 1000.0);
-    engine.level_moves = moves != 0 ? moves : 1000;
+    clock_inputs.time_left   = saturated(static_cast<double>(seconds) * 1000.0);
+    clock_inputs.increment   = saturated(std::atof(tokens[3]) * 1000.0);
+    clock_inputs.level_moves = moves != 0 ? moves : 1000;
     return CMD_DONE;
 }
 
@@ -280,17 +280,17 @@ static int cmd_otim(SearchThread&) {
 }
 
 static int cmd_ping(SearchThread&) {
-    engine.ping_pending = has_argument() ? int_argument() : 0;
+    protocol.ping_pending = has_argument() ? int_argument() : 0;
     return CMD_DONE;
 }
 
 static int cmd_post(SearchThread&) {
-    engine.post = 1;
+    protocol.post = 1;
     return CMD_DONE;
 }
 
 static int cmd_nopost(SearchThread&) {
-    engine.post = 0;
+    protocol.post = 0;
     return CMD_DONE;
 }
 
@@ -309,7 +309,7 @@ static int cmd_protover(SearchThread&) {
 }
 
 static int cmd_result(SearchThread&) {
-    if (has_argument()) engine.game_over = 1;
+    if (has_argument()) game_history.game_over = 1;
     return CMD_DONE;
 }
 
@@ -318,41 +318,41 @@ static int cmd_sd(SearchThread&) {
         std::puts("usage: sd <depth>");
         return CMD_DONE;
     }
-    int depth          = int_argument();
-    engine.depth_limit = depth > MAX_SEARCH_DEPTH ? MAX_SEARCH_DEPTH : depth;
+    int depth                = int_argument();
+    clock_inputs.depth_limit = depth > MAX_SEARCH_DEPTH ? MAX_SEARCH_DEPTH : depth;
     return CMD_DONE;
 }
 
 static int cmd_time(SearchThread&) {
-    if (!engine.xboard_mode) return CMD_DONE;
-    engine.time_left   = saturated((has_argument() ? int_argument() : 0) * 10.0);
-    engine.clock.fresh = true;
+    if (!protocol.xboard_mode) return CMD_DONE;
+    clock_inputs.time_left      = saturated((has_argument() ? int_argument() : 0) * 10.0);
+    clock_inputs.measured.fresh = true;
     return CMD_DONE;
 }
 
 static int cmd_uci(SearchThread& game) {
-    if (engine.xboard_mode) return CMD_DONE;
+    if (protocol.xboard_mode) return CMD_DONE;
     // The UCI loop reads stdin itself, so the watcher must end first; it is joined at once, so
     // that no way out of the program (a failed table allocation included) leaves it unjoined.
-    engine.watcher_quit = 1;
+    protocol.watcher_quit = 1;
     join_input_watcher();
-    engine.uci_mode = 1;
+    protocol.uci_mode = 1;
     uci_loop(game);
-    engine.uci_done = 1;
-    engine.uci_mode = 0;
+    protocol.uci_done = 1;
+    protocol.uci_mode = 0;
     return CMD_DONE;
 }
 
 static int cmd_undo(SearchThread& game) {
     int n = token_count == 2 ? int_argument() : 1;
-    if (engine.ply == 0) return CMD_POSITION;
+    if (game_history.ply == 0) return CMD_POSITION;
     take_back(game, n);
     return CMD_POSITION;
 }
 
 static int cmd_xboard(SearchThread&) {
-    if (!engine.xboard_mode) {
-        engine.xboard_mode = 1;
+    if (!protocol.xboard_mode) {
+        protocol.xboard_mode = 1;
         std::putchar('\n');
     }
     return CMD_DONE;
@@ -453,7 +453,7 @@ static bool is_fen_line(const char* line) {
 }
 
 int parse_command(SearchThread& game) {
-    char* line = engine.line;
+    char* line = input_line;
     if (is_fen_line(line)) {
         split_line(line, " ;=");
         // "setboard" and one blank come before the position text.

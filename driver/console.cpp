@@ -33,7 +33,7 @@ static int int_argument() {
 }
 
 int cmd_beep(SearchThread&) {
-    return engine.xboard_mode;
+    return protocol.xboard_mode;
 }
 
 int cmd_bench(SearchThread& game) {
@@ -47,11 +47,11 @@ int cmd_bk(SearchThread& game) {
     book_listing(game, listing, sizeof listing);
     std::printf("\t%s\n\n", listing);
     std::fflush(stdout);
-    return engine.xboard_mode;
+    return protocol.xboard_mode;
 }
 
 int cmd_bogus(SearchThread&) {
-    return engine.xboard_mode;
+    return protocol.xboard_mode;
 }
 
 int cmd_cls(SearchThread&) {
@@ -61,11 +61,11 @@ int cmd_cls(SearchThread&) {
 
 int cmd_display(SearchThread&) {
     if (has_argument()) {
-        engine.display_depth = int_argument();
-        std::printf("Display minimum depth %d\n", engine.display_depth);
+        protocol.display_depth = int_argument();
+        std::printf("Display minimum depth %d\n", protocol.display_depth);
     } else {
         std::puts("usage:  display <PV minimum depth>");
-        engine.display_depth = 0;
+        protocol.display_depth = 0;
     }
     return CMD_DONE;
 }
@@ -81,7 +81,7 @@ int cmd_syzygypath(SearchThread&) {
 }
 
 int cmd_eval(SearchThread& game) {
-    if (!engine.searching && !engine.pondering) eval_report(*game.pos);
+    if (!protocol.searching && !protocol.pondering) eval_report(*game.pos);
     return CMD_DONE;
 }
 
@@ -146,7 +146,7 @@ int cmd_flop(SearchThread& game) {
 }
 
 int cmd_help(SearchThread&) {
-    if (engine.xboard_mode) return CMD_DONE;
+    if (protocol.xboard_mode) return CMD_DONE;
     std::fputs(" Morvaine v2 Commands\n"
                " --------------------------\n"
                " analyze   - continuous\n"
@@ -182,8 +182,8 @@ int cmd_help(SearchThread&) {
 int cmd_list(SearchThread& game) {
     const Position& p = *game.pos;
     std::fputs(" #  Move   Value  Capture  mv:", stdout);
-    for (uint32_t i = 0; i < engine.legal_count; ++i) {
-        Move& m = engine.legal_moves.moves[i];
+    for (uint32_t i = 0; i < game_history.legal_count; ++i) {
+        Move& m = game_history.legal_moves.moves[i];
         if (!legal(p, m)) {
             std::printf("# %s illegal\n", move_text(m));
             m = 0;
@@ -196,11 +196,11 @@ int cmd_list(SearchThread& game) {
 }
 
 int cmd_list_game(SearchThread&) {
-    for (int n = 1; n <= engine.ply; ++n) {
+    for (int n = 1; n <= game_history.ply; ++n) {
         if (n % 2 == 1)
-            std::printf("%d.%s ", (n - 1) / 2 + 1, move_text(engine.move_history[n]));
+            std::printf("%d.%s ", (n - 1) / 2 + 1, move_text(game_history.move_history[n]));
         else
-            std::printf("%s ", move_text(engine.move_history[n]));
+            std::printf("%s ", move_text(game_history.move_history[n]));
     }
     std::putchar('\n');
     return CMD_DONE;
@@ -252,11 +252,11 @@ int cmd_perft(SearchThread& game) {
 int cmd_ponder(SearchThread&) {
     if (!has_argument()) {
         std::puts("usage: ponder off|on");
-    } else if (std::strcmp(engine.line, "ponder on") == 0 || std::strcmp(tokens[1], "1") == 0) {
-        engine.ponder = 1;
+    } else if (std::strcmp(input_line, "ponder on") == 0 || std::strcmp(tokens[1], "1") == 0) {
+        protocol.ponder = 1;
         std::puts("pondering enabled");
-    } else if (std::strcmp(engine.line, "ponder off") == 0 || std::strcmp(tokens[1], "0") == 0) {
-        engine.ponder = 0;
+    } else if (std::strcmp(input_line, "ponder off") == 0 || std::strcmp(tokens[1], "0") == 0) {
+        protocol.ponder = 0;
         std::puts("pondering disabled");
     }
     return CMD_DONE;
@@ -269,16 +269,16 @@ int cmd_savepos(SearchThread& game) {
 
 int cmd_trace(SearchThread&) {
     if (has_argument()) {
-        engine.trace = int_argument();
-        std::printf("Trace = %d\n", engine.trace);
+        protocol.trace = int_argument();
+        std::printf("Trace = %d\n", protocol.trace);
         return CMD_DONE;
     }
     std::puts("usage: trace <display to depth>");
-    if (engine.trace == 0) {
-        engine.trace = 32;
-        std::printf("Trace On = %d\n", engine.trace);
+    if (protocol.trace == 0) {
+        protocol.trace = 32;
+        std::printf("Trace On = %d\n", protocol.trace);
     } else {
-        engine.trace = -1;
+        protocol.trace = -1;
         std::puts("Trace Off");
     }
     return CMD_DONE;
@@ -289,11 +289,11 @@ int cmd_xtrace(SearchThread&) {
         std::puts("usage: xtrace <display @ depth>");
         return CMD_DONE;
     }
-    if (engine.xtrace == 0) {
-        engine.xtrace = int_argument();
-        std::printf("xTrace = %d\n", engine.xtrace);
+    if (protocol.xtrace == 0) {
+        protocol.xtrace = int_argument();
+        std::printf("xTrace = %d\n", protocol.xtrace);
     } else {
-        engine.xtrace = -1;
+        protocol.xtrace = -1;
         std::puts("xTrace Off");
     }
     return CMD_DONE;

@@ -97,26 +97,6 @@ TimeAllotment compute_limits(int depth_limit, int move_time, int time_left, int 
     return ta;
 }
 
-void reset_search_control() {
-    engine.time_left = engine.increment = engine.moves_to_go = 0;
-    engine.depth_limit = engine.move_time = 0;
-    engine.go_infinite = engine.go_ponder = false;
-    engine.go_nodes                       = 0;
-    engine.go_mate = engine.go_move_count = 0;
-    sc.stop.store(0, std::memory_order_relaxed);
-    sc.max_depth    = 0;
-    sc.search_start = 0;
-    sc.hard_limit   = 0;
-    for (auto& limit : sc.time_limits)
-        limit.store(0, std::memory_order_relaxed);
-    sc.time_slot.store(0, std::memory_order_relaxed);
-    sc.best_depth.store(0, std::memory_order_relaxed);
-    sc.best_score.store(0, std::memory_order_relaxed);
-    sc.elapsed = 0;
-    sc.root_move.store(0, std::memory_order_relaxed);
-    sc.root_move_index.store(0, std::memory_order_relaxed);
-}
-
 // Thread 0 may be printing through move_text's shared buffer at this very moment, so the status
 // line writes its move into a buffer of its own.
 static void status_move_text(Move m, char out[8]) {
@@ -141,48 +121,48 @@ static void print_status_line() {
     status_move_text(sc.root_move.load(std::memory_order_relaxed), move);
     const int centis = static_cast<int>((get_ms() - sc.search_start) / 10);
     const int left =
-        static_cast<int>(engine.legal_count) - sc.root_move_index.load(std::memory_order_relaxed);
+        static_cast<int>(game_history.legal_count) - sc.root_move_index.load(std::memory_order_relaxed);
     char text[160];
     std::snprintf(text, sizeof text, "stat01: %d %" PRId64 " %d %d %d %s\n", centis,
                   static_cast<int64_t>(total_nodes()), sc.best_depth.load(std::memory_order_relaxed), left,
-                  static_cast<int>(engine.legal_count), move);
+                  static_cast<int>(game_history.legal_count), move);
     std::fputs(text, stdout);
     std::fflush(stdout);
 }
 
 // XBoard analysis: the line that arrived is read now. "." and "bk" are answered without leaving
-// the analysis; any other line ends it and stays in engine.line for the command loop.
+// the analysis; any other line ends it and stays in input_line for the command loop.
 static void analysis_input(SearchThread& game) {
-    if (!read_line(engine.line, INPUT_SIZE)) {
+    if (!read_line(input_line, INPUT_SIZE)) {
         // The threads must be gone before the process ends under them.
         sc.stop.store(1, std::memory_order_relaxed);
         join_search();
         end_of_input();
     }
-    engine.line[std::strcspn(engine.line, "\r\n")] = '\0';
-    if (std::strcmp(engine.line, ".") == 0) {
-        if (engine.post) print_status_line();
-    } else if (std::strcmp(engine.line, "bk") == 0) {
+    input_line[std::strcspn(input_line, "\r\n")] = '\0';
+    if (std::strcmp(input_line, ".") == 0) {
+        if (protocol.post) print_status_line();
+    } else if (std::strcmp(input_line, "bk") == 0) {
         parse_command(game);
     } else {
-        engine.held_line = 1;
+        protocol.held_line = 1;
         sc.stop.store(1, std::memory_order_relaxed);
     }
 }
 
 static void input_check(SearchThread& game) {
-    if (engine.xboard_mode.load(std::memory_order_relaxed)) {
-        if (!engine.input_ready.load(std::memory_order_relaxed)) return;
-        engine.input_ready.store(0, std::memory_order_relaxed);
+    if (protocol.xboard_mode.load(std::memory_order_relaxed)) {
+        if (!protocol.input_ready.load(std::memory_order_relaxed)) return;
+        protocol.input_ready.store(0, std::memory_order_relaxed);
         // The watcher may have seen a line that the command loop read just before this search
         // began; only input still waiting (or the end of it) counts.
         if (!input_pending()) return;
         // Outside analysis the line stays unread: the command loop takes it after the move.
-        if (engine.analyze_mode)
+        if (protocol.analyze_mode)
             analysis_input(game);
         else
             sc.stop.store(1, std::memory_order_relaxed);
-    } else if (engine.analyze_mode && !engine.uci_mode.load(std::memory_order_relaxed)) {
+    } else if (protocol.analyze_mode && !protocol.uci_mode.load(std::memory_order_relaxed)) {
         if (key_waiting()) {
             const int c = read_key();
             std::printf("#interupt abort kbhit %c\n", c);
@@ -231,12 +211,12 @@ static void uci_search_input() {
             if (!ponder_until_hit) continue;
             ponder_until_hit = false;
             apply_limits(limits_at_ponderhit, get_ms());
-            answer_held = engine.go_infinite;
+            answer_held = clock_inputs.go_infinite;
         } else if (is("isready")) {
             std::printf("readyok\n");
         } else {
-            engine.uci_quit = true;
-            answer_held     = false;
+            protocol.uci_quit = true;
+            answer_held       = false;
             stop_now();
         }
     }
@@ -276,29 +256,29 @@ static void print_bestmove(const SearchThread& game) {
 // "move" unless the search was a ponder search or an analysis.
 static void print_result(const SearchThread& game) {
     const Move best = sc.pv_table[0][0];
-    if (engine.uci_mode.load(std::memory_order_relaxed)) {
+    if (protocol.uci_mode.load(std::memory_order_relaxed)) {
         print_info();
         print_bestmove(game);
-    } else if (!engine.pondering && !engine.analyze_mode) {
+    } else if (!protocol.pondering && !protocol.analyze_mode) {
         std::printf("move %s\n", move_text(best));
     }
 }
 
 // Whether this search is the engine's own move on a running clock.
 static bool timed_move() {
-    return engine.depth_limit <= 0 && engine.move_time <= 0 &&
-           (engine.time_left > 0 || engine.increment > 0) && !engine.pondering && !engine.analyze_mode &&
-           !engine.go_ponder && !engine.go_infinite;
+    return clock_inputs.depth_limit <= 0 && clock_inputs.move_time <= 0 &&
+           (clock_inputs.time_left > 0 || clock_inputs.increment > 0) && !protocol.pondering &&
+           !protocol.analyze_mode && !clock_inputs.go_ponder && !clock_inputs.go_infinite;
 }
 
 // The time the last timed move lost beyond its search, from the clock the GUI reports now; the
 // record keeps the largest lag seen, slowly forgotten. The move before a new control is not
 // measured: the clock is refilled after it.
 static void measure_lag() {
-    ClockRecord& c = engine.clock;
+    ClockRecord& c = clock_inputs.measured;
     if (!c.fresh || c.time_left <= 0 || c.moves_to_go == 1) return;
-    const int64_t lost =
-        static_cast<int64_t>(c.time_left) + std::max(engine.increment, 0) - c.spent - engine.time_left;
+    const int64_t lost = static_cast<int64_t>(c.time_left) + std::max(clock_inputs.increment, 0) - c.spent -
+                         clock_inputs.time_left;
     if (lost > MOST_LAG) return;
     c.lag = static_cast<int32_t>(std::max<int64_t>(lost, c.lag * 7 / 8));
 }
@@ -306,43 +286,44 @@ static void measure_lag() {
 // UCI: a search with no time limit at all, until its depth, nodes or mate are reached or "stop"
 // (or "ponderhit") arrives; "go nodes" and "go mate" without a clock or move time are such too.
 static bool open_ended() {
-    const bool clock = engine.move_time > 0 || engine.time_left > 0 || engine.increment > 0;
-    return engine.go_infinite || engine.go_ponder || ((engine.go_nodes > 0 || engine.go_mate > 0) && !clock);
+    const bool clock = clock_inputs.move_time > 0 || clock_inputs.time_left > 0 || clock_inputs.increment > 0;
+    return clock_inputs.go_infinite || clock_inputs.go_ponder ||
+           ((clock_inputs.go_nodes > 0 || clock_inputs.go_mate > 0) && !clock);
 }
 
 // What the search is for, as the driver's state says it: analysis, pondering, the dialect of its
 // progress lines.
 static void set_search_kind() {
-    const bool xboard = engine.xboard_mode.load(std::memory_order_relaxed);
-    sc.analysis       = engine.analyze_mode != 0;
-    sc.show_root      = xboard && engine.analyze_mode;
-    sc.pondering      = engine.pondering != 0;
-    sc.uci_output     = engine.uci_mode.load(std::memory_order_relaxed) != 0;
-    sc.display_depth  = engine.display_depth;
+    const bool xboard = protocol.xboard_mode.load(std::memory_order_relaxed);
+    sc.analysis       = protocol.analyze_mode != 0;
+    sc.show_root      = xboard && protocol.analyze_mode;
+    sc.pondering      = protocol.pondering != 0;
+    sc.uci_output     = protocol.uci_mode.load(std::memory_order_relaxed) != 0;
+    sc.display_depth  = protocol.display_depth;
 }
 
 // What UCI's "go" asked beyond the clock: the root moves, lines, node and mate limits. Every other
 // dialect searches every move, one line, without either limit.
 static void set_uci_limits() {
-    sc.root_move_count = engine.go_move_count;
-    std::copy(engine.go_moves, engine.go_moves + engine.go_move_count, sc.root_moves);
-    sc.multipv     = engine.uci_mode.load(std::memory_order_relaxed) ? engine.multipv : 1;
+    sc.root_move_count = clock_inputs.go_move_count;
+    std::copy(clock_inputs.go_moves, clock_inputs.go_moves + clock_inputs.go_move_count, sc.root_moves);
+    sc.multipv     = protocol.uci_mode.load(std::memory_order_relaxed) ? protocol.multipv : 1;
     sc.extra_lines = 0;
-    sc.mate_limit  = engine.go_mate;
-    sc.node_limit  = engine.go_nodes > 0
-                         ? std::max<uint64_t>(static_cast<uint64_t>(engine.go_nodes) / thread_count(), 1)
+    sc.mate_limit  = clock_inputs.go_mate;
+    sc.node_limit  = clock_inputs.go_nodes > 0
+                         ? std::max<uint64_t>(static_cast<uint64_t>(clock_inputs.go_nodes) / thread_count(), 1)
                          : UINT64_MAX;
 }
 
 void think(SearchThread& game) {
-    const bool uci   = engine.uci_mode.load(std::memory_order_relaxed);
+    const bool uci   = protocol.uci_mode.load(std::memory_order_relaxed);
     const bool timed = timed_move();
     if (timed) measure_lag();
-    TimeAllotment ta =
-        compute_limits(engine.depth_limit, engine.move_time, engine.time_left, engine.increment,
-                       engine.moves_to_go, engine.move_overhead, engine.clock.lag);
-    answer_held         = uci && (engine.go_infinite || engine.go_ponder);
-    ponder_until_hit    = uci && engine.go_ponder;
+    TimeAllotment ta = compute_limits(
+        clock_inputs.depth_limit, clock_inputs.move_time, clock_inputs.time_left, clock_inputs.increment,
+        clock_inputs.moves_to_go, protocol.move_overhead, clock_inputs.measured.lag);
+    answer_held         = uci && (clock_inputs.go_infinite || clock_inputs.go_ponder);
+    ponder_until_hit    = uci && clock_inputs.go_ponder;
     limits_at_ponderhit = ta;
     if (uci && open_ended()) {
         ta.hard_limit      = NO_HARD_LIMIT;
@@ -350,7 +331,7 @@ void think(SearchThread& game) {
         std::fill(std::begin(ta.time_limits), std::end(ta.time_limits), 0);
     }
     // A ponder search runs until the opponent's move arrives, whatever the clock.
-    if (engine.pondering) ta.limit_depth = MAX_DEPTH + 1;
+    if (protocol.pondering) ta.limit_depth = MAX_DEPTH + 1;
     sc.max_depth    = ta.max_depth;
     sc.search_start = get_ms();
     apply_limits(ta, sc.search_start);
@@ -371,7 +352,7 @@ void think(SearchThread& game) {
             set_thread_nodes(search_record(i), 0);
             search_record(i).seldepth = 0;
         }
-        if (!engine.xboard_mode.load(std::memory_order_relaxed) || !engine.analyze_mode)
+        if (!protocol.xboard_mode.load(std::memory_order_relaxed) || !protocol.analyze_mode)
             sc.stop.store(1, std::memory_order_relaxed);
     }
 
@@ -404,9 +385,9 @@ void think(SearchThread& game) {
     }
     print_result(game);
     if (timed) {
-        engine.clock.time_left   = engine.time_left;
-        engine.clock.spent       = static_cast<int32_t>(get_ms() - sc.search_start);
-        engine.clock.moves_to_go = engine.moves_to_go;
-        engine.clock.fresh       = false;
+        clock_inputs.measured.time_left   = clock_inputs.time_left;
+        clock_inputs.measured.spent       = static_cast<int32_t>(get_ms() - sc.search_start);
+        clock_inputs.measured.moves_to_go = clock_inputs.moves_to_go;
+        clock_inputs.measured.fresh       = false;
     }
 }

@@ -19,8 +19,4 @@ struct TimeAllotment {
 TimeAllotment compute_limits(int depth_limit, int move_time, int time_left, int increment, int moves_to_go,
                              int overhead, int lag);
 
-// Clears the clock inputs of EngineState and every per-search value of the search control (stop,
-// start time, limits, soft-limit table, best-move record), as a UCI "go" starts from nothing.
-void reset_search_control();
-
 void think(SearchThread& game);

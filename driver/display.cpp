@@ -44,7 +44,7 @@ void show_board(const uint8_t board[64]) {
 }
 
 void bench(SearchThread& game) {
-    if (split_line(engine.line, " ;=") < 2) {
+    if (split_line(input_line, " ;=") < 2) {
         std::puts("Usage: Bench <test number 1 - 6 >");
         return;
     }

@@ -30,7 +30,7 @@ static Move scratch[4096];
 
 // Generates the pseudo-legal moves of the position into the game's list and zeroes the entries
 // that fail the legality test in place. Returns how many passed; the generated count is in
-// engine.legal_count.
+// game_history.legal_count.
 static uint32_t fill_legal_moves(const Position& p, Move& only) {
     uint32_t count = 0;
     // A position set up by hand that no game can reach gets no moves at all: nothing is played,
@@ -55,17 +55,17 @@ static uint32_t fill_legal_moves(const Position& p, Move& only) {
             ++passed;
             only = m;
         }
-        engine.legal_moves.moves[i] = m;
+        game_history.legal_moves.moves[i] = m;
     }
-    engine.legal_moves.count = count;
-    engine.legal_count       = count;
+    game_history.legal_moves.count = count;
+    game_history.legal_count       = count;
     return passed;
 }
 
 static void no_legal_move() {
-    engine.game_over    = 1;
-    engine.legal_count  = 0;
-    engine.single_reply = 0;
+    game_history.game_over    = 1;
+    game_history.legal_count  = 0;
+    game_history.single_reply = 0;
 }
 
 void generate_legal_moves(SearchThread& game, bool clear_stop) {
@@ -74,7 +74,7 @@ void generate_legal_moves(SearchThread& game, bool clear_stop) {
     if (passed == 0)
         no_legal_move();
     else
-        engine.single_reply = passed == 1 ? only : 0;
+        game_history.single_reply = passed == 1 ? only : 0;
     if (clear_stop) sc.stop.store(0, std::memory_order_relaxed);
 }
 
@@ -82,17 +82,17 @@ void generate_legal_moves(SearchThread& game, bool clear_stop) {
 // overflow message, when the game is too long to record it: the program then ends.
 [[nodiscard]] static bool record_move(SearchThread& game, Move m) {
     // The guard keeps the histories and the key history (game plus a whole search) in bounds.
-    if (engine.ply > MAX_GAME_PLY) {
+    if (game_history.ply > MAX_GAME_PLY) {
         std::puts("ERROR (Overflow)");
         return false;
     }
     const Position& before = *game.pos;
-    ++engine.ply;
-    engine.move_history[engine.ply]     = m;
-    engine.position_history[engine.ply] = before;
+    ++game_history.ply;
+    game_history.move_history[game_history.ply]     = m;
+    game_history.position_history[game_history.ply] = before;
     // Black's move completes a move of the time control.
-    if (engine.moves_to_go != 0 && before.side == BLACK && --engine.moves_to_go == 0)
-        engine.moves_to_go = engine.level_moves;
+    if (clock_inputs.moves_to_go != 0 && before.side == BLACK && --clock_inputs.moves_to_go == 0)
+        clock_inputs.moves_to_go = clock_inputs.level_moves;
     commit_move(game, m);
     return true;
 }
@@ -104,22 +104,22 @@ LoopStep received_move(SearchThread& game, const char* line) {
         text[i] = line[i];
     const Move word = text_to_move(text) & 0xFFFF;
     bool found      = false;
-    for (uint32_t i = 0; i < engine.legal_count && !found; ++i) {
-        const Move m = engine.legal_moves.moves[i];
+    for (uint32_t i = 0; i < game_history.legal_count && !found; ++i) {
+        const Move m = game_history.legal_moves.moves[i];
         found        = m != 0 && (m & 0xFFFF) == word;
     }
     if (!found) {
         std::printf("Illegal move: %s\n", line);
         return LoopStep::read;
     }
-    std::printf("#move_number = %d   %s%d%s\n", engine.ply, "(", (engine.ply + 3) / 2, ")");
+    std::printf("#move_number = %d   %s%d%s\n", game_history.ply, "(", (game_history.ply + 3) / 2, ")");
     if (!record_move(game, word)) return LoopStep::quit;
-    if (engine.force_mode) return LoopStep::regenerate;
+    if (protocol.force_mode) return LoopStep::regenerate;
 
-    const int was_over    = engine.game_over;
+    const int was_over    = game_history.game_over;
     Move only             = 0;
     const uint32_t passed = fill_legal_moves(*game.pos, only);
-    if (engine.legal_count == 0) {
+    if (game_history.legal_count == 0) {
         no_legal_move();
         return LoopStep::read;
     }
@@ -128,7 +128,7 @@ LoopStep received_move(SearchThread& game, const char* line) {
         // Mated or stalemated: the search still runs and reports no move.
         no_legal_move();
     } else {
-        engine.single_reply = passed == 1 ? only : 0;
+        game_history.single_reply = passed == 1 ? only : 0;
     }
     return engine_thinks(game);
 }
@@ -143,97 +143,95 @@ static void set_best_move(Move m) {
 }
 
 static LoopStep after_move(SearchThread& game) {
-    engine.searching = 0;
-    if (engine.game_over) {
+    protocol.searching = 0;
+    if (game_history.game_over) {
         std::puts("tellics kibitz Good Game!");
         // A line that ended an analysis of the finished game is still to be carried out.
-        return engine.held_line ? LoopStep::redispatch : LoopStep::read;
+        return protocol.held_line ? LoopStep::redispatch : LoopStep::read;
     }
     // Counted before the move is played into the game, which makes a move of its own.
     const uint64_t nodes = nodes_searched.load(std::memory_order_relaxed);
-    if (!engine.analyze_mode) {
+    if (!protocol.analyze_mode) {
         const Move best = sc.pv_table[0][0];
         if ((best & SQUARE_BITS) != 0 && !record_move(game, best)) return LoopStep::quit;
     }
     double elapsed = static_cast<double>(get_ms() - think_start) / 1000.0;
     if (elapsed == 0.0) elapsed = 1.0;
-    if (!engine.xboard_mode) {
+    if (!protocol.xboard_mode) {
         std::printf("elap: %1.6f\n", elapsed);
         std::printf("Total Nodes=%" PRId64 " nps: %d\n", static_cast<int64_t>(nodes),
                     static_cast<int>(static_cast<double>(nodes) / elapsed));
     }
-    if (!engine.analyze_mode) return LoopStep::regenerate;
+    if (!protocol.analyze_mode) return LoopStep::regenerate;
     // The line that ended the analysis waits in the shared buffer. An analysis that ran to its
     // depth limit of 99 goes there too, where the loop's reset rule takes it; one that ended at a
     // lower limit ("sd" during analysis) left nothing new, and the line it would find has been
     // handled already: dispatching it again would restart the same analysis for ever.
-    if (engine.xboard_mode) {
-        if (engine.held_line || sc.best_depth.load(std::memory_order_relaxed) > MAX_DEPTH - 1)
+    if (protocol.xboard_mode) {
+        if (protocol.held_line || sc.best_depth.load(std::memory_order_relaxed) > MAX_DEPTH - 1)
             return LoopStep::redispatch;
         return LoopStep::read;
     }
-    engine.analyze_mode = 0;
+    protocol.analyze_mode = 0;
     return LoopStep::read;
 }
 
 LoopStep engine_thinks(SearchThread& game) {
     think_start = get_ms();
     nodes_searched.store(0, std::memory_order_relaxed);
-    const int display_depth = engine.display_depth;
-    engine.display_depth    = 0;
+    const int display_depth = protocol.display_depth;
+    protocol.display_depth  = 0;
 
-    if (!position_playable(*game.pos) && !engine.analyze_mode) {
+    if (!position_playable(*game.pos) && !protocol.analyze_mode) {
         // Nothing to search: answered as a position without a legal move. An analysis goes on to
         // think, which waits there for the line that ends it.
         set_best_move(0);
-        engine.display_depth = display_depth;
-        if (!engine.analyze_mode && !engine.pondering) std::printf("move %s\n", move_text(0));
+        protocol.display_depth = display_depth;
+        if (!protocol.analyze_mode && !protocol.pondering) std::printf("move %s\n", move_text(0));
         return after_move(game);
     }
-    if (engine.book_mode) {
+    if (book_settings.mode) {
         const Move m = book_probe(game);
         // In analysis a book move is only listed (by the probe) and the position is searched.
-        if (m != 0 && !engine.analyze_mode) {
+        if (m != 0 && !protocol.analyze_mode) {
             std::printf("move %s\n", move_text(m));
             set_best_move(m);
-            if (sc.best_depth.load(std::memory_order_relaxed) >= engine.display_depth) print_thinking();
-            engine.display_depth = display_depth;
+            if (sc.best_depth.load(std::memory_order_relaxed) >= protocol.display_depth) print_thinking();
+            protocol.display_depth = display_depth;
             return after_move(game);
         }
     }
-    if (engine.single_reply != 0 && !engine.analyze_mode && !engine.pondering) {
-        set_best_move(engine.single_reply);
+    if (game_history.single_reply != 0 && !protocol.analyze_mode && !protocol.pondering) {
+        set_best_move(game_history.single_reply);
         sc.best_depth.store(0, std::memory_order_relaxed);
         print_thinking();
-        engine.display_depth = display_depth;
-        std::printf("move %s\n", move_text(engine.single_reply));
+        protocol.display_depth = display_depth;
+        std::printf("move %s\n", move_text(game_history.single_reply));
         return after_move(game);
     }
-    engine.force_mode = 0;
-    nodes_searched.store(0, std::memory_order_relaxed);
-    sc.stop.store(0, std::memory_order_relaxed);
-    engine.searching     = 1;
-    engine.display_depth = display_depth;
-    if (!engine.xboard_mode) std::puts("depth score time nodes pv");
-    sc.best_depth.store(0, std::memory_order_relaxed);
-    sc.time_slot.store(0, std::memory_order_relaxed);
+    protocol.force_mode = 0;
+    reset_search_state();
+    protocol.searching     = 1;
+    protocol.display_depth = display_depth;
+    if (!protocol.xboard_mode) std::puts("depth score time nodes pv");
     think(game);
     return after_move(game);
 }
 
 bool ponder_check(SearchThread& game, int last_result) {
-    if (last_result == CMD_POSITION || engine.ply <= 1) return false;
-    if (!engine.ponder || engine.force_mode || engine.game_over || sc.stop.load(std::memory_order_relaxed))
+    if (last_result == CMD_POSITION || game_history.ply <= 1) return false;
+    if (!protocol.ponder || protocol.force_mode || game_history.game_over ||
+        sc.stop.load(std::memory_order_relaxed))
         return false;
-    if (!engine.xboard_mode) std::puts("#pondering ...");
-    const int post   = engine.post;
-    engine.searching = 1;
-    engine.pondering = 1;
+    if (!protocol.xboard_mode) std::puts("#pondering ...");
+    const int post     = protocol.post;
+    protocol.searching = 1;
+    protocol.pondering = 1;
     think(game);
-    engine.pondering = 0;
-    engine.searching = 0;
-    engine.post      = post;
-    if (!engine.xboard_mode) std::puts("#ponder complete");
+    protocol.pondering = 0;
+    protocol.searching = 0;
+    protocol.post      = post;
+    if (!protocol.xboard_mode) std::puts("#ponder complete");
     // Nothing starts another ponder search before the next regeneration clears this.
     sc.stop.store(1, std::memory_order_relaxed);
     return true;

@@ -16,7 +16,7 @@ enum class LoopStep {
 
 // Clears the transposition table and its age, refills the key tables, restarts the key history.
 uint64_t new_game(PositionStack& game);
-// Fills engine.legal_moves for the game position; entries failing the legality test become 0.
+// Fills game_history.legal_moves for the game position; entries failing the legality test become 0.
 // Sets game_over when nothing legal remains, and single_reply.
 void generate_legal_moves(SearchThread& game, bool clear_stop);
 // A line the interpreter did not know: played when it matches a legal move, else rejected.

@@ -46,31 +46,21 @@ void startup() {
     lmr_init();
     keys_init();
 
-    engine.uci_done = 0;
     adjacent_files_init();
-    std::strcpy(engine.book_name, "book.bin");
-    engine.uci_mode    = 0;
-    engine.xboard_mode = 0;
-    engine.book_file   = nullptr;
-    engine.book_mode   = 0;
-    engine.pickbest    = 0;
 
     std::printf("%s v%s\n", ENGINE_NAME, VERSION);
 
-    engine.ply          = 0;
-    engine.input_ready  = 0;
-    engine.watcher_quit = 0;
     start_input_watcher();
 
-    engine.game = new (std::nothrow) SearchThread();
-    if (engine.game == nullptr) {
+    game_record = new (std::nothrow) SearchThread();
+    if (game_record == nullptr) {
         std::puts(" game record allocation error - exiting ...");
         std::exit(1);
     }
-    engine.game->pos = &engine.game->stack[0];
+    game_record->pos = &game_record->stack[0];
     set_threads(1);
     hash_alloc(128);
-    start_new_game(*engine.game);
+    start_new_game(*game_record);
 }
 
 void read_settings_file() {
@@ -80,31 +70,31 @@ void read_settings_file() {
         return;
     }
     // Each line is a command, read in pieces of at most 127 characters.
-    while (std::fgets(engine.line, SETTINGS_PIECE, f) != nullptr) {
-        cut_line(engine.line);
-        parse_command(*engine.game);
+    while (std::fgets(input_line, SETTINGS_PIECE, f) != nullptr) {
+        cut_line(input_line);
+        parse_command(*game_record);
     }
     std::fclose(f);
 }
 
 void start_new_game(SearchThread& game) {
-    engine.trace = -1;
+    protocol.trace = -1;
     setboard(game, START_FEN);
     new_game(game);
-    engine.force_mode = 0;
-    engine.game_over  = 0;
+    protocol.force_mode    = 0;
+    game_history.game_over = 0;
     // The lag measured so far still holds; the last game's clock does not.
-    engine.clock.time_left = 0;
-    engine.ply             = 0;
+    clock_inputs.measured.time_left = 0;
+    game_history.ply                = 0;
     read_settings_file();
     generate_legal_moves(game, true);
 }
 
 void quit_path() {
-    engine.watcher_quit = 1;
+    protocol.watcher_quit = 1;
     join_input_watcher();
-    delete engine.game;
-    engine.game = nullptr;
+    delete game_record;
+    game_record = nullptr;
     hash_free();
     free_threads();
     pawn_hash_free();
@@ -120,14 +110,14 @@ void end_of_input() {
 }
 
 static void print_prompt(const Position& p) {
-    std::printf("#%s%s%d%s: ", p.side == WHITE ? "White" : "Black", "(", (engine.ply + 2) / 2, ")");
+    std::printf("#%s%s%d%s: ", p.side == WHITE ? "White" : "Black", "(", (game_history.ply + 2) / 2, ")");
 }
 
 int before_prompt(SearchThread& game, int last) {
     exit_if_output_lost();
-    if (engine.ping_pending != 0) {
-        std::printf("pong %d\n", engine.ping_pending);
-        engine.ping_pending = 0;
+    if (protocol.ping_pending != 0) {
+        std::printf("pong %d\n", protocol.ping_pending);
+        protocol.ping_pending = 0;
     }
     return ponder_check(game, last) ? CMD_POSITION : last;
 }
@@ -137,10 +127,10 @@ int before_prompt(SearchThread& game, int last) {
 static int read_command(SearchThread& game, int last) {
     for (;;) {
         last = before_prompt(game, last);
-        if (!engine.xboard_mode) print_prompt(*game.pos);
-        if (!read_line(engine.line, INPUT_SIZE)) end_of_input();
-        cut_line(engine.line);
-        if (engine.line[0] != '\0') break;
+        if (!protocol.xboard_mode) print_prompt(*game.pos);
+        if (!read_line(input_line, INPUT_SIZE)) end_of_input();
+        cut_line(input_line);
+        if (input_line[0] != '\0') break;
     }
     // Type-ahead on the console keyboard is dropped.
     while (key_waiting())
@@ -149,15 +139,15 @@ static int read_command(SearchThread& game, int last) {
 }
 
 static bool line_is(const char* text) {
-    return std::strcmp(engine.line, text) == 0;
+    return std::strcmp(input_line, text) == 0;
 }
 
 LoopStep dispatch_line(SearchThread& game, int& last) {
-    engine.input_ready = 0;
-    engine.held_line   = 0;
-    last               = parse_command(game);
+    protocol.input_ready = 0;
+    protocol.held_line   = 0;
+    last                 = parse_command(game);
 
-    if (engine.analyze_mode) {
+    if (protocol.analyze_mode) {
         // The last analysis ran to the end of its depth: this line only resets that.
         if (sc.best_depth.load(std::memory_order_relaxed) > MAX_DEPTH - 1) {
             sc.best_depth.store(0, std::memory_order_relaxed);
@@ -166,35 +156,35 @@ LoopStep dispatch_line(SearchThread& game, int& last) {
         generate_legal_moves(game, false);
         if (line_is("undo")) {
             // Already taken back by the interpreter: analyse the position reached.
-            engine.line[0] = '\0';
+            input_line[0] = '\0';
             return engine_thinks(game);
         }
     }
     if (last == CMD_POSITION) return LoopStep::regenerate;
     std::fflush(stdout);
     if (line_is("go")) {
-        engine.force_mode = 0;
+        protocol.force_mode = 0;
         return engine_thinks(game);
     }
-    if (engine.line[0] == 'q' || engine.uci_done) return LoopStep::quit;
+    if (input_line[0] == 'q' || protocol.uci_done) return LoopStep::quit;
     if (line_is("new")) {
         start_new_game(game);
         last = CMD_NONE;
         return LoopStep::read;
     }
-    if (line_is("analyze") || engine.analyze_mode) {
-        std::printf("#analyzing %d\n", engine.analyze_mode);
+    if (line_is("analyze") || protocol.analyze_mode) {
+        std::printf("#analyzing %d\n", protocol.analyze_mode);
         if (last == CMD_DONE) return engine_thinks(game);
         if (line_is("force")) return LoopStep::regenerate;
-        return received_move(game, engine.line);
+        return received_move(game, input_line);
     }
     if (line_is("force")) return LoopStep::regenerate;
     if (last == CMD_DONE) return LoopStep::read;
-    return received_move(game, engine.line);
+    return received_move(game, input_line);
 }
 
 void command_loop() {
-    SearchThread& game = *engine.game;
+    SearchThread& game = *game_record;
     int last           = CMD_NONE;
     LoopStep step      = LoopStep::read;
     for (;;) {

@@ -47,8 +47,8 @@ static Move legal_move_named(SearchThread& game, const char* token, size_t lengt
     std::memcpy(text, token, length);
     const Move word = text_to_move(text) & 0xFFFF;
     generate_legal_moves(game, false);
-    for (uint32_t i = 0; i < engine.legal_count; ++i) {
-        const Move m = engine.legal_moves.moves[i];
+    for (uint32_t i = 0; i < game_history.legal_count; ++i) {
+        const Move m = game_history.legal_moves.moves[i];
         if (m != 0 && (m & 0xFFFF) == word && std::strcmp(move_text(m), text) == 0) return m;
     }
     return 0;
@@ -90,7 +90,8 @@ static int32_t clamped(int64_t v) {
 }
 
 void parse_go(SearchThread& game, const char* text) {
-    reset_search_control();
+    clock_inputs.clear_request();
+    reset_search_state();
     const bool white = game.pos->side == WHITE;
     const char* p    = text;
     // After "searchmoves", every token that is a legal move joins the list; the first that is not
@@ -102,8 +103,8 @@ void parse_go(SearchThread& game, const char* text) {
         const size_t length = std::strcspn(p, BLANKS);
         if (listing) {
             const Move m = legal_move_named(game, p, length);
-            if (m != 0 && engine.go_move_count < MAX_MOVES) {
-                engine.go_moves[engine.go_move_count++] = m;
+            if (m != 0 && clock_inputs.go_move_count < MAX_MOVES) {
+                clock_inputs.go_moves[clock_inputs.go_move_count++] = m;
                 p += length;
                 continue;
             }
@@ -114,28 +115,28 @@ void parse_go(SearchThread& game, const char* text) {
         };
         int32_t* field = nullptr;
         if (is(white ? "wtime" : "btime"))
-            field = &engine.time_left;
+            field = &clock_inputs.time_left;
         else if (is(white ? "winc" : "binc"))
-            field = &engine.increment;
+            field = &clock_inputs.increment;
         else if (is("movestogo"))
-            field = &engine.moves_to_go;
+            field = &clock_inputs.moves_to_go;
         else if (is("depth"))
-            field = &engine.depth_limit;
+            field = &clock_inputs.depth_limit;
         else if (is("movetime"))
-            field = &engine.move_time;
+            field = &clock_inputs.move_time;
         else if (is("mate"))
-            field = &engine.go_mate;
+            field = &clock_inputs.go_mate;
         const bool nodes = is("nodes");
-        engine.go_infinite |= is("infinite");
-        engine.go_ponder |= is("ponder");
+        clock_inputs.go_infinite |= is("infinite");
+        clock_inputs.go_ponder |= is("ponder");
         listing = is("searchmoves");
         p += length;
         if (field) *field = clamped(next_number(p));
-        if (nodes) engine.go_nodes = next_number(p);
+        if (nodes) clock_inputs.go_nodes = next_number(p);
     }
     // No mate lies beyond the deepest ply; a count that is not positive asks for none.
-    engine.go_mate     = std::clamp(engine.go_mate, 0, MAX_PLY);
-    engine.clock.fresh = engine.time_left > 0;
+    clock_inputs.go_mate        = std::clamp(clock_inputs.go_mate, 0, MAX_PLY);
+    clock_inputs.measured.fresh = clock_inputs.time_left > 0;
 }
 
 static void start_position(SearchThread& game) {
@@ -161,7 +162,7 @@ bool uci_command(SearchThread& game, const char* line) {
     } else if (match_prefix(&cursor, "go")) {
         parse_go(game, cursor);
         think(game);
-        return !engine.uci_quit;
+        return !protocol.uci_quit;
     } else if (match_prefix(&cursor, "setoption name Hash value")) {
         const int mb = std::atoi(cursor);
         if (mb > 0) hash_alloc(mb);
@@ -169,10 +170,10 @@ bool uci_command(SearchThread& game, const char* line) {
         set_threads(std::atoi(cursor));
     } else if (match_prefix(&cursor, "setoption name MultiPV value")) {
         if (std::isdigit(static_cast<unsigned char>(*cursor)))
-            engine.multipv = std::clamp(std::atoi(cursor), 1, MAX_MULTIPV);
+            protocol.multipv = std::clamp(std::atoi(cursor), 1, MAX_MULTIPV);
     } else if (match_prefix(&cursor, "setoption name Move Overhead value")) {
         if (std::isdigit(static_cast<unsigned char>(*cursor)))
-            engine.move_overhead = std::clamp(std::atoi(cursor), 0, MOST_MOVE_OVERHEAD);
+            protocol.move_overhead = std::clamp(std::atoi(cursor), 0, MOST_MOVE_OVERHEAD);
     } else if (match_prefix(&cursor, "setoption name Clear Hash")) {
         hash_clear();
     }

@@ -16,11 +16,11 @@ static std::thread* watcher = nullptr;
 static void input_watcher() {
     do {
         sleep_ms(WATCH_MS);
-        if (engine.xboard_mode.load(std::memory_order_relaxed) &&
-            !engine.input_ready.load(std::memory_order_relaxed) && input_pending())
-            engine.input_ready.store(1, std::memory_order_relaxed);
-    } while (!engine.uci_mode.load(std::memory_order_relaxed) &&
-             !engine.watcher_quit.load(std::memory_order_relaxed));
+        if (protocol.xboard_mode.load(std::memory_order_relaxed) &&
+            !protocol.input_ready.load(std::memory_order_relaxed) && input_pending())
+            protocol.input_ready.store(1, std::memory_order_relaxed);
+    } while (!protocol.uci_mode.load(std::memory_order_relaxed) &&
+             !protocol.watcher_quit.load(std::memory_order_relaxed));
 }
 
 void start_input_watcher() {

@@ -31,8 +31,9 @@ constexpr const char* POSITIONS[] = {
 };
 
 bool is_legal_move(Move m) {
-    for (uint32_t i = 0; i < engine.legal_count; ++i)
-        if (engine.legal_moves.moves[i] != 0 && (engine.legal_moves.moves[i] & 0xFFFF) == (m & 0xFFFF))
+    for (uint32_t i = 0; i < game_history.legal_count; ++i)
+        if (game_history.legal_moves.moves[i] != 0 &&
+            (game_history.legal_moves.moves[i] & 0xFFFF) == (m & 0xFFFF))
             return true;
     return false;
 }
@@ -48,27 +49,27 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::fwrite(data + 1, 1, size - 1, f);
     std::fclose(f);
 
-    std::snprintf(engine.book_name, sizeof engine.book_name, "%s", book_path().c_str());
-    engine.pickbest     = settings & 1;
-    engine.book_random  = (settings >> 1) & 3;
-    engine.bookdepth    = (settings >> 3) & 3;
-    engine.xboard_mode  = (settings >> 5) & 1;
-    engine.analyze_mode = (settings >> 6) & 1;
-    engine.ply          = (settings >> 7) & 1;
+    std::snprintf(book_settings.name, sizeof book_settings.name, "%s", book_path().c_str());
+    book_settings.pickbest = settings & 1;
+    book_settings.random   = (settings >> 1) & 3;
+    book_settings.depth    = (settings >> 3) & 3;
+    protocol.xboard_mode   = (settings >> 5) & 1;
+    protocol.analyze_mode  = (settings >> 6) & 1;
+    game_history.ply       = (settings >> 7) & 1;
     if (!book_open()) return 0;
-    engine.book_mode = 1;
+    book_settings.mode = 1;
 
-    SearchThread& game = *engine.game;
+    SearchThread& game = *game_record;
     char listing[4096];
     for (const char* fen : POSITIONS) {
         setboard(game, fen);
         new_game(game);
         generate_legal_moves(game, true);
         book_listing(game, listing, sizeof listing);
-        if (!engine.book_file) break;
+        if (!book_settings.file) break;
         const Move m = book_probe(game);
         if (m != 0 && !is_legal_move(m)) finding("the book yielded an illegal move");
-        if (!engine.book_file) break;
+        if (!book_settings.file) break;
     }
     book_close();
     return 0;

@@ -71,8 +71,9 @@ std::vector<std::string> guarded_input(const uint8_t* data, size_t size) {
 
 // Outside analysis every search is a depth search of a few plies (depth mode wins over the clock).
 void keep_searches_short() {
-    if (engine.analyze_mode) return;
-    if (engine.depth_limit < 1 || engine.depth_limit > HARNESS_DEPTH) engine.depth_limit = HARNESS_DEPTH;
+    if (protocol.analyze_mode) return;
+    if (clock_inputs.depth_limit < 1 || clock_inputs.depth_limit > HARNESS_DEPTH)
+        clock_inputs.depth_limit = HARNESS_DEPTH;
 }
 
 } // namespace
@@ -80,7 +81,7 @@ void keep_searches_short() {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     harness_reset();
     fuzz_input_set(guarded_input(data, size));
-    SearchThread& game = *engine.game;
+    SearchThread& game = *game_record;
     int last           = CMD_NONE;
     LoopStep step      = LoopStep::read;
     int without_input  = 0;
@@ -89,8 +90,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         if (step != LoopStep::redispatch) {
             last = before_prompt(game, last);
             // The end of input ends the engine here.
-            if (!fuzz_input_take(engine.line, INPUT_SIZE)) break;
-            if (engine.line[0] == '\0') continue;
+            if (!fuzz_input_take(input_line, INPUT_SIZE)) break;
+            if (input_line[0] == '\0') continue;
         } else if (++without_input > MAX_DISPATCHES_WITHOUT_INPUT) {
             finding("the loop keeps dispatching without reading input");
         }

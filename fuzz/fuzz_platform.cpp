@@ -46,7 +46,8 @@ int64_t get_ms() {
 
 // During an XBoard analysis there is always a line: the queue's next one or the closing "exit".
 bool input_pending() {
-    return !waiting.empty() || (engine.xboard_mode.load(std::memory_order_relaxed) && engine.analyze_mode);
+    return !waiting.empty() ||
+           (protocol.xboard_mode.load(std::memory_order_relaxed) && protocol.analyze_mode);
 }
 
 bool input_is_console() {
@@ -55,7 +56,7 @@ bool input_is_console() {
 
 // During a console analysis the user has always pressed a key.
 bool key_waiting() {
-    return engine.analyze_mode != 0;
+    return protocol.analyze_mode != 0;
 }
 int read_key() {
     return 'k';
@@ -66,8 +67,8 @@ void clear_screen() {}
 // The polling loop's nap doubles as the input watcher: during an XBoard analysis a line is always
 // there (the queue's next one, or the closing "exit" below).
 void sleep_ms(int ms) {
-    if (engine.xboard_mode.load(std::memory_order_relaxed) && engine.analyze_mode)
-        engine.input_ready.store(1, std::memory_order_relaxed);
+    if (protocol.xboard_mode.load(std::memory_order_relaxed) && protocol.analyze_mode)
+        protocol.input_ready.store(1, std::memory_order_relaxed);
     std::this_thread::sleep_for(std::chrono::milliseconds(ms));
 }
 

@@ -17,9 +17,9 @@
 namespace {
 
 void command(const char* line) {
-    std::snprintf(engine.line, INPUT_SIZE, "%s", line);
-    parse_command(*engine.game);
-    generate_legal_moves(*engine.game, true);
+    std::snprintf(input_line, INPUT_SIZE, "%s", line);
+    parse_command(*game_record);
+    generate_legal_moves(*game_record, true);
 }
 
 std::string saved(const SearchThread& game) {
@@ -43,7 +43,7 @@ Snapshot snapshot(const SearchThread& game) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     harness_reset();
-    SearchThread& game     = *engine.game;
+    SearchThread& game     = *game_record;
     const std::string text = c_text(data, size);
     // The XBoard set-up path: the position, a new game, the phase recomputed.
     setboard(game, text.c_str());
@@ -56,7 +56,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     command("eval");
     command("list");
     command("savepos");
-    engine.depth_limit = HARNESS_DEPTH;
+    clock_inputs.depth_limit = HARNESS_DEPTH;
     think(game);
     if (!(snapshot(game) == before)) finding("looking at the position changed it");
 

@@ -49,12 +49,12 @@ std::string guarded(const std::string& line) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     harness_reset();
-    engine.uci_mode = 1;
+    protocol.uci_mode = 1;
     for (const std::string& raw : split_lines(data, size)) {
         // The line as the loop's reader returns it: up to its first NUL, with a line end added.
         const std::string line =
             guarded(c_text(reinterpret_cast<const uint8_t*>(raw.data()), raw.size())) + "\n";
-        if (!uci_command(*engine.game, line.c_str())) break;
+        if (!uci_command(*game_record, line.c_str())) break;
     }
     return 0;
 }

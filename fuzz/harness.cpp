@@ -12,8 +12,8 @@
 
 static void harness_init() {
     harness_tables_init();
-    engine.game      = new SearchThread();
-    engine.game->pos = &engine.game->stack[0];
+    game_record      = new SearchThread();
+    game_record->pos = &game_record->stack[0];
     set_threads(1);
     hash_alloc(HARNESS_HASH_MB);
 }
@@ -26,12 +26,8 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 void harness_reset() {
     book_close();
-    SearchThread* game = engine.game;
-    // Every field back to its start-up value: zero, save the few start-up names.
-    std::memset(static_cast<void*>(&engine), 0, sizeof engine);
-    engine.game = game;
-    std::strcpy(engine.book_name, "book.bin");
-    engine.trace    = -1;
+    SearchThread* game = game_record;
+    reset_engine_state();
     book_rand_state = 1;
     // One thread with fresh ordering memory, so that a run does not depend on the runs before it.
     if (thread_count() != 1) {
@@ -40,7 +36,7 @@ void harness_reset() {
     }
     std::memset(static_cast<void*>(&search_record(0)), 0, sizeof(SearchThread));
     if (hash_size != static_cast<uint64_t>(HARNESS_HASH_MB) << 20) hash_alloc(HARNESS_HASH_MB);
-    reset_search_control();
+    reset_search_state();
     setboard(*game, START_FEN);
     new_game(*game);
     generate_legal_moves(*game, true);

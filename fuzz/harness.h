@@ -14,7 +14,7 @@ inline constexpr int HARNESS_HASH_MB = 2;
 // The deepest search a run may start outside analysis (analysis ends when a line arrives).
 inline constexpr int HARNESS_DEPTH = 3;
 
-// Back to the engine just after start-up: every EngineState field as start-up leaves it, one
+// Back to the engine just after start-up: every driver record as start-up leaves it, one
 // fresh search thread, the small table, the start position with its legal moves, no input.
 void harness_reset();
 // The lines the engine's reader makes of these bytes: ended by a newline or a carriage return (a

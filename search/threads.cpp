@@ -6,6 +6,7 @@
 #include <system_error>
 #include <thread>
 
+#include "board/makemove.h"
 #include "search/search.h"
 #include "search/tt.h"
 
@@ -87,4 +88,20 @@ void join_search() {
 void stop_search_locked() {
     std::lock_guard<std::mutex> lock(sc.search_lock);
     sc.stop.store(1, std::memory_order_relaxed);
+}
+
+void reset_search_state() {
+    nodes_searched.store(0, std::memory_order_relaxed);
+    sc.stop.store(0, std::memory_order_relaxed);
+    sc.max_depth    = 0;
+    sc.search_start = 0;
+    sc.hard_limit   = 0;
+    for (auto& limit : sc.time_limits)
+        limit.store(0, std::memory_order_relaxed);
+    sc.time_slot.store(0, std::memory_order_relaxed);
+    sc.best_depth.store(0, std::memory_order_relaxed);
+    sc.best_score.store(0, std::memory_order_relaxed);
+    sc.elapsed = 0;
+    sc.root_move.store(0, std::memory_order_relaxed);
+    sc.root_move_index.store(0, std::memory_order_relaxed);
 }

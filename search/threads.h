@@ -59,5 +59,8 @@ void prepare_record(SearchThread& r, const SearchThread& game, uint32_t id);
 void start_search(const SearchThread& game);
 // Joins the threads in order 0..n-1.
 void join_search();
+// Every value one search leaves behind (stop, limits, soft-limit slot, best depth and score, the
+// root move shown, the game's node count), cleared before the next one begins.
+void reset_search_state();
 // Thread 0's end of deepening: sets stop under search_lock.
 void stop_search_locked();
