@@ -13,7 +13,7 @@
 #include "driver/control.h"
 #include "driver/display.h"
 #include "driver/engine_state.h"
-#include "driver/game.h"
+#include "driver/game_position.h"
 #include "eval/pawns.h"
 #include "eval/tables.h"
 #include "platform/platform.h"

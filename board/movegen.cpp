@@ -397,17 +397,22 @@ void gen_captures_quiets(const Position& p, Move* caps, uint32_t* ncaps, Move* q
         captures_quiets<BLACK>(p, caps, ncaps, quiets, nquiets);
 }
 
-uint32_t legal_moves(const Position& p, Move* out) {
-    Move list[MAX_MOVES];
+uint32_t pseudo_legal_moves(const Position& p, Move* out) {
     uint32_t n = 0, quiets = 0;
     if (p.incheck) {
-        gen_evasions(p, list, &n, 1);
+        gen_evasions(p, out, &n, 1);
     } else {
-        gen_captures(p, list, &n, 1);
-        gen_quiets(p, list + n, &quiets);
+        gen_captures(p, out, &n, 1);
+        gen_quiets(p, out + n, &quiets);
         n += quiets;
     }
-    uint32_t k = 0;
+    return n;
+}
+
+uint32_t legal_moves(const Position& p, Move* out) {
+    Move list[MAX_MOVES];
+    const uint32_t n = pseudo_legal_moves(p, list);
+    uint32_t k       = 0;
     for (uint32_t i = 0; i < n && k < MAX_MOVES; ++i)
         if (legal(p, list[i])) out[k++] = list[i];
     return k;

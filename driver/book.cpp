@@ -6,7 +6,7 @@
 #include "board/notation.h"
 #include "book/polyglot.h"
 #include "driver/engine_state.h"
-#include "driver/game.h"
+#include "driver/game_position.h"
 
 bool book_open() {
     book_settings.file = book_file_open(book_settings.name);
@@ -45,10 +45,8 @@ Move book_probe(SearchThread& game) {
     char text[8];
     std::snprintf(text, sizeof text, "%s", move_text(move));
     const Move read_back = text_to_move(text);
-    for (uint32_t i = 0; i < game_history.legal_count; ++i) {
-        const Move m = game_history.legal_moves.moves[i];
-        if (m != 0 && (m & 0xFFFF) == read_back && legal(*game.pos, m)) return move;
-    }
+    const Move m         = find_legal_move(read_back);
+    if (m != 0 && legal(*game.pos, m)) return move;
     std::printf("Illegal move: %s\n", text);
     std::printf("Illegal:book move ");
     std::printf(" buffer=%s mv %s\n", text, move_text(read_back));
@@ -59,4 +57,11 @@ void book_listing(SearchThread& game, char* out, int size) {
     if (size <= 0) return;
     out[0] = '\0';
     if (book_settings.file) book_listing(book_settings.file, *game.pos, out, size);
+}
+
+void print_book_listing(SearchThread& game) {
+    static char listing[4096];
+    book_listing(game, listing, sizeof listing);
+    std::printf("\t%s\n\n", listing);
+    std::fflush(stdout);
 }

@@ -12,3 +12,5 @@ void book_close();
 Move book_probe(SearchThread& game);
 // The "bk" listing text of the game position (empty when no book is open).
 void book_listing(SearchThread& game, char* out, int size);
+// The "bk" answer: the listing, tab-indented, and an empty line.
+void print_book_listing(SearchThread& game);

@@ -17,45 +17,15 @@
 #include "driver/book.h"
 #include "driver/console.h"
 #include "driver/engine_state.h"
-#include "driver/game.h"
+#include "driver/game_position.h"
+#include "driver/tokens.h"
 #include "driver/uci.h"
 #include "driver/version.h"
 #include "driver/watcher.h"
 #include "search/threads.h"
 #include "search/tt.h"
 
-char* tokens[MAX_TOKENS + 1];
-int token_count;
-
-// Big enough for the longest line any reader hands over (the UCI reader's included).
-static char token_copy[32768];
-
 static constexpr int MAX_SEARCH_DEPTH = 120;
-
-int split_line(const char* text, const char* delimiters) {
-    std::strncpy(token_copy, text, sizeof token_copy - 1);
-    token_copy[sizeof token_copy - 1] = '\0';
-    token_count                       = 0;
-    char* c                           = token_copy;
-    while (*c != '\0' && token_count < MAX_TOKENS) {
-        while (*c != '\0' && std::strchr(delimiters, *c) != nullptr)
-            ++c;
-        if (*c == '\0') break;
-        tokens[token_count++] = c;
-        while (*c != '\0' && std::strchr(delimiters, *c) == nullptr)
-            ++c;
-        if (*c != '\0') *c++ = '\0';
-    }
-    tokens[token_count] = nullptr;
-    return token_count;
-}
-
-static bool has_argument() {
-    return token_count >= 2;
-}
-static int int_argument() {
-    return std::atoi(tokens[1]);
-}
 
 void take_back(SearchThread& game, int n) {
     for (int taken = 0; taken < n && game_history.ply > 0; ++taken) {

@@ -15,38 +15,38 @@
 #include "board/perft.h"
 #include "board/playable.h"
 #include "driver/book.h"
-#include "driver/commands.h"
 #include "driver/display.h"
 #include "driver/engine_state.h"
-#include "driver/game.h"
+#include "driver/game_position.h"
+#include "driver/tokens.h"
 #include "eval/report.h"
 #include "eval/tables.h"
 #include "platform/platform.h"
 #include "search/threads.h"
 #include "search/tt.h"
 
-static bool has_argument() {
-    return token_count >= 2;
-}
-static int int_argument() {
-    return std::atoi(tokens[1]);
-}
-
 int cmd_beep(SearchThread&) {
     return protocol.xboard_mode;
 }
 
+// Loads the bench position named by the argument (1..6) and shows the game position.
 int cmd_bench(SearchThread& game) {
-    bench(game);
+    if (!has_argument()) {
+        std::puts("Usage: Bench <test number 1 - 6 >");
+    } else {
+        const int n = int_argument();
+        if (n >= 1 && n <= 6) {
+            setboard(game, bench_positions[n - 1]);
+            new_game(game);
+        }
+        show_board(game.pos->board);
+    }
     savepos(*game.pos);
     return CMD_POSITION;
 }
 
 int cmd_bk(SearchThread& game) {
-    static char listing[4096];
-    book_listing(game, listing, sizeof listing);
-    std::printf("\t%s\n\n", listing);
-    std::fflush(stdout);
+    print_book_listing(game);
     return protocol.xboard_mode;
 }
 

@@ -12,9 +12,9 @@
 #include "board/movegen.h"
 #include "board/notation.h"
 #include "board/playable.h"
-#include "driver/commands.h"
+#include "driver/book.h"
 #include "driver/engine_state.h"
-#include "driver/loop.h"
+#include "driver/shutdown.h"
 #include "driver/uci_input.h"
 #include "eval/tables.h"
 #include "platform/platform.h"
@@ -143,7 +143,7 @@ static void analysis_input(SearchThread& game) {
     if (std::strcmp(input_line, ".") == 0) {
         if (protocol.post) print_status_line();
     } else if (std::strcmp(input_line, "bk") == 0) {
-        parse_command(game);
+        print_book_listing(game);
     } else {
         protocol.held_line = 1;
         sc.stop.store(1, std::memory_order_relaxed);

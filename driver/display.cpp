@@ -3,13 +3,8 @@
 #include "driver/display.h"
 
 #include <cstdio>
-#include <cstdlib>
 
-#include "board/fen.h"
 #include "board/types.h"
-#include "driver/commands.h"
-#include "driver/engine_state.h"
-#include "driver/game.h"
 
 const char* const bench_positions[6] = {
     "3r1k2/4npp1/1ppr3p/p6P/P2PPPP1/1NR5/5K2/2R5 w - - 0 1",
@@ -41,17 +36,4 @@ void show_board(const uint8_t board[64]) {
         std::fputs(row, stdout);
     }
     std::printf("%s\n    a  b  c  d  e  f  g  h\n", frame);
-}
-
-void bench(SearchThread& game) {
-    if (split_line(input_line, " ;=") < 2) {
-        std::puts("Usage: Bench <test number 1 - 6 >");
-        return;
-    }
-    const int n = std::atoi(tokens[1]);
-    if (n >= 1 && n <= 6) {
-        setboard(game, bench_positions[n - 1]);
-        new_game(game);
-    }
-    show_board(game.pos->board);
 }

@@ -3,10 +3,6 @@
 
 #include <cstdint>
 
-#include "search/thread.h"
-
 extern const char* const bench_positions[6];
 // Rank 8 at the top; white pieces as " P ", black ones as "<P>", empty squares as " * ".
 void show_board(const uint8_t board[64]);
-// Loads the bench position named by the interpreter's line (1..6) and shows the game position.
-void bench(SearchThread& game);

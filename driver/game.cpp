@@ -8,75 +8,19 @@
 #include <cstdio>
 #include <cstring>
 
-#include "board/keys.h"
 #include "board/makemove.h"
-#include "board/movegen.h"
 #include "board/notation.h"
 #include "board/playable.h"
 #include "driver/book.h"
 #include "driver/control.h"
 #include "driver/engine_state.h"
+#include "driver/game_position.h"
 #include "platform/platform.h"
 #include "search/output.h"
 #include "search/threads.h"
-#include "search/tt.h"
 
 // When the engine began to handle the current move request.
 static int64_t think_start;
-
-// Generators are unbounded; a set-up position with many extra pieces must not write past the
-// game's list, so they fill this scratch list first.
-static Move scratch[4096];
-
-// Generates the pseudo-legal moves of the position into the game's list and zeroes the entries
-// that fail the legality test in place. Returns how many passed; the generated count is in
-// game_history.legal_count.
-static uint32_t fill_legal_moves(const Position& p, Move& only) {
-    uint32_t count = 0;
-    // A position set up by hand that no game can reach gets no moves at all: nothing is played,
-    // searched or taken from the book there.
-    const bool playable = position_playable(p);
-    if (playable && !p.incheck) {
-        uint32_t quiets = 0;
-        gen_captures(p, scratch, &count, 1);
-        gen_quiets(p, scratch + count, &quiets);
-        count += quiets;
-    } else if (playable) {
-        gen_evasions(p, scratch, &count, 1);
-    }
-    if (count > MAX_MOVES) count = MAX_MOVES;
-    uint32_t passed = 0;
-    only            = 0;
-    for (uint32_t i = 0; i < count; ++i) {
-        Move m = scratch[i];
-        if (!legal(p, m)) {
-            m = 0;
-        } else {
-            ++passed;
-            only = m;
-        }
-        game_history.legal_moves.moves[i] = m;
-    }
-    game_history.legal_moves.count = count;
-    game_history.legal_count       = count;
-    return passed;
-}
-
-static void no_legal_move() {
-    game_history.game_over    = 1;
-    game_history.legal_count  = 0;
-    game_history.single_reply = 0;
-}
-
-void generate_legal_moves(SearchThread& game, bool clear_stop) {
-    Move only             = 0;
-    const uint32_t passed = fill_legal_moves(*game.pos, only);
-    if (passed == 0)
-        no_legal_move();
-    else
-        game_history.single_reply = passed == 1 ? only : 0;
-    if (clear_stop) sc.stop.store(0, std::memory_order_relaxed);
-}
 
 // Appends the move to the game's histories and plays it on the game record. False, after the
 // overflow message, when the game is too long to record it: the program then ends.
@@ -103,12 +47,7 @@ LoopStep received_move(SearchThread& game, const char* line) {
     for (int i = 0; i < 5 && line[i] != '\0'; ++i)
         text[i] = line[i];
     const Move word = text_to_move(text) & 0xFFFF;
-    bool found      = false;
-    for (uint32_t i = 0; i < game_history.legal_count && !found; ++i) {
-        const Move m = game_history.legal_moves.moves[i];
-        found        = m != 0 && (m & 0xFFFF) == word;
-    }
-    if (!found) {
+    if (find_legal_move(word) == 0) {
         std::printf("Illegal move: %s\n", line);
         return LoopStep::read;
     }
@@ -235,13 +174,4 @@ bool ponder_check(SearchThread& game, int last_result) {
     // Nothing starts another ponder search before the next regeneration clears this.
     sc.stop.store(1, std::memory_order_relaxed);
     return true;
-}
-
-uint64_t new_game(PositionStack& game) {
-    hash_clear(); // zeroes the table and its age
-    keys_init();
-    game.key        = full_key(*game.pos);
-    game.histidx    = 0;
-    game.keyhist[0] = game.key;
-    return game.key;
 }

@@ -14,11 +14,6 @@ enum class LoopStep {
     quit,       // the program ends (a line beginning with q, the end of UCI, a history overflow)
 };
 
-// Clears the transposition table and its age, refills the key tables, restarts the key history.
-uint64_t new_game(PositionStack& game);
-// Fills game_history.legal_moves for the game position; entries failing the legality test become 0.
-// Sets game_over when nothing legal remains, and single_reply.
-void generate_legal_moves(SearchThread& game, bool clear_stop);
 // A line the interpreter did not know: played when it matches a legal move, else rejected.
 LoopStep received_move(SearchThread& game, const char* line);
 // The engine handles a move request: book, single reply or search, then the steps after the move.

@@ -15,6 +15,8 @@
 #include "driver/commands.h"
 #include "driver/engine_state.h"
 #include "driver/game.h"
+#include "driver/game_position.h"
+#include "driver/shutdown.h"
 #include "driver/version.h"
 #include "driver/watcher.h"
 #include "eval/pawns.h"
@@ -88,25 +90,6 @@ void start_new_game(SearchThread& game) {
     game_history.ply                = 0;
     read_settings_file();
     generate_legal_moves(game, true);
-}
-
-void quit_path() {
-    protocol.watcher_quit = 1;
-    join_input_watcher();
-    delete game_record;
-    game_record = nullptr;
-    hash_free();
-    free_threads();
-    pawn_hash_free();
-    book_close();
-    std::exit(0);
-}
-
-void end_of_input() {
-    std::puts("found exit EXIT_FAILURE");
-    std::fflush(stdout);
-    // Search threads may still be running: end at once, without destructors.
-    std::_Exit(0);
 }
 
 static void print_prompt(const Position& p) {

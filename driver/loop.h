@@ -1,5 +1,5 @@
 #pragma once
-// Start-up in its fixed order, the settings file, new game, the command loop and the exit paths.
+// Start-up in its fixed order, the settings file, new game and the command loop.
 
 #include "driver/game.h"
 #include "search/thread.h"
@@ -17,7 +17,3 @@ LoopStep dispatch_line(SearchThread& game, int& last);
 void read_settings_file();
 // The start position, the settings file and fresh legal moves.
 void start_new_game(SearchThread& game);
-// Ends the program silently with status 0 after the input watcher has ended.
-[[noreturn]] void quit_path();
-// "found exit EXIT_FAILURE" and status 0; safe to call while search threads run.
-[[noreturn]] void end_of_input();

@@ -14,7 +14,7 @@
 #include "board/playable.h"
 #include "driver/control.h"
 #include "driver/engine_state.h"
-#include "driver/game.h"
+#include "driver/game_position.h"
 #include "driver/uci_input.h"
 #include "driver/version.h"
 #include "platform/platform.h"
@@ -47,11 +47,8 @@ static Move legal_move_named(SearchThread& game, const char* token, size_t lengt
     std::memcpy(text, token, length);
     const Move word = text_to_move(text) & 0xFFFF;
     generate_legal_moves(game, false);
-    for (uint32_t i = 0; i < game_history.legal_count; ++i) {
-        const Move m = game_history.legal_moves.moves[i];
-        if (m != 0 && (m & 0xFFFF) == word && std::strcmp(move_text(m), text) == 0) return m;
-    }
-    return 0;
+    const Move m = find_legal_move(word);
+    return m != 0 && std::strcmp(move_text(m), text) == 0 ? m : 0;
 }
 
 // The moves after "moves", played on the game record while each one is legal where it stands;

@@ -12,7 +12,7 @@
 #include "board/makemove.h"
 #include "driver/book.h"
 #include "driver/engine_state.h"
-#include "driver/game.h"
+#include "driver/game_position.h"
 #include "fuzz/harness.h"
 
 namespace {
@@ -29,14 +29,6 @@ constexpr const char* POSITIONS[] = {
     "r3k2r/8/8/8/8/8/8/R3K2R w KQkq -",
     "r3k2r/8/8/8/8/8/8/R3K2R b KQkq -",
 };
-
-bool is_legal_move(Move m) {
-    for (uint32_t i = 0; i < game_history.legal_count; ++i)
-        if (game_history.legal_moves.moves[i] != 0 &&
-            (game_history.legal_moves.moves[i] & 0xFFFF) == (m & 0xFFFF))
-            return true;
-    return false;
-}
 
 } // namespace
 
@@ -68,7 +60,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         book_listing(game, listing, sizeof listing);
         if (!book_settings.file) break;
         const Move m = book_probe(game);
-        if (m != 0 && !is_legal_move(m)) finding("the book yielded an illegal move");
+        if (m != 0 && find_legal_move(m) == 0) finding("the book yielded an illegal move");
         if (!book_settings.file) break;
     }
     book_close();

@@ -11,7 +11,9 @@
 #include "driver/commands.h"
 #include "driver/engine_state.h"
 #include "driver/game.h"
+#include "driver/game_position.h"
 #include "driver/loop.h"
+#include "driver/tokens.h"
 #include "fuzz/fuzz_platform.h"
 #include "fuzz/harness.h"
 

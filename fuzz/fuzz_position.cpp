@@ -11,7 +11,7 @@
 #include "driver/commands.h"
 #include "driver/control.h"
 #include "driver/engine_state.h"
-#include "driver/game.h"
+#include "driver/game_position.h"
 #include "fuzz/harness.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include "bench/search_harness.h"
 #include "book/polyglot.h"
 #include "driver/book.h"
-#include "driver/game.h"
+#include "driver/game_position.h"
 #include "fuzz/fuzz_platform.h"
 
 static void harness_init() {

@@ -1,0 +1,21 @@
+#pragma once
+// The game position: a new game on it, and its legal moves as game_history keeps them.
+
+#include <cstdint>
+
+#include "board/types.h"
+#include "search/thread.h"
+
+// Clears the transposition table and its age, refills the key tables, restarts the key history.
+uint64_t new_game(PositionStack& game);
+// Generates the pseudo-legal moves of the position into game_history.legal_moves and zeroes the
+// entries that fail the legality test in place. Returns how many passed (the only one in `only`
+// when one did); the generated count is in game_history.legal_count.
+uint32_t fill_legal_moves(const Position& p, Move& only);
+// The game has ended: no legal moves, no single reply.
+void no_legal_move();
+// Fills the legal moves of the game position; sets game_over when nothing legal remains, and
+// single_reply.
+void generate_legal_moves(SearchThread& game, bool clear_stop);
+// The legal move of the game position with these from, to and promotion bits, or 0.
+Move find_legal_move(Move word);
