@@ -9,14 +9,12 @@
 #include <random>
 #include <vector>
 
-#include "board/attacks.h"
 #include "board/fen.h"
-#include "board/keys.h"
 #include "board/makemove.h"
 #include "board/movegen.h"
 #include "eval/evaluate.h"
 #include "eval/pawns.h"
-#include "eval/tables.h"
+#include "search/init.h"
 #include "search/thread.h"
 
 static const char* const starts[] = {
@@ -71,11 +69,7 @@ static double run(const std::vector<Position>& set, bool spoil, int64_t& checksu
 }
 
 int main() {
-    attack_init();
-    keys_init();
-    pawn_masks_init();
-    adjacent_files_init();
-    pst_tables_init();
+    tables_init();
     if (!pawn_hash_alloc()) {
         std::printf("pawn hash allocation failed\n");
         return 1;

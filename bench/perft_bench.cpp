@@ -10,12 +10,9 @@
 #include <cstdlib>
 #include <memory>
 
-#include "board/attacks.h"
 #include "board/fen.h"
-#include "board/keys.h"
-#include "board/material.h"
 #include "board/perft.h"
-#include "eval/tables.h"
+#include "search/init.h"
 
 namespace {
 
@@ -29,9 +26,7 @@ struct Case {
 
 int main(int argc, char** argv) {
     const int runs = argc > 1 ? std::max(1, std::atoi(argv[1])) : 3;
-    attack_init();
-    keys_init();
-    pst_tables_init();
+    tables_init();
 
     const Case cases[] = {
         {"startpos", START_FEN, 6},

@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "board/attacks.h"
 #include "board/fen.h"
 #include "board/keys.h"
 #include "driver/control.h"
@@ -15,8 +14,8 @@
 #include "driver/engine_state.h"
 #include "driver/game_position.h"
 #include "eval/pawns.h"
-#include "eval/tables.h"
 #include "platform/platform.h"
+#include "search/init.h"
 #include "search/output.h"
 #include "search/search.h"
 #include "search/threads.h"
@@ -26,20 +25,15 @@
 inline constexpr int SIGNATURE_DEPTH   = 13;
 inline constexpr int SIGNATURE_HASH_MB = 16;
 
-// The tables start-up fills before any position exists, in start-up's order; done once.
+// The tables and the pawn cache start-up makes before any position exists; done once.
 inline void harness_tables_init() {
     static bool done = false;
     if (done) return;
-    attack_init();
-    pawn_masks_init();
+    tables_init();
     if (!pawn_hash_alloc()) {
         std::printf("pawn hash allocation failed\n");
         std::exit(1);
     }
-    pst_tables_init();
-    lmr_init();
-    keys_init();
-    adjacent_files_init();
     done = true;
 }
 

@@ -8,9 +8,7 @@
 #include <cstring>
 #include <new>
 
-#include "board/attacks.h"
 #include "board/fen.h"
-#include "board/keys.h"
 #include "driver/book.h"
 #include "driver/commands.h"
 #include "driver/engine_state.h"
@@ -20,9 +18,8 @@
 #include "driver/version.h"
 #include "driver/watcher.h"
 #include "eval/pawns.h"
-#include "eval/tables.h"
 #include "platform/platform.h"
-#include "search/search.h"
+#include "search/init.h"
 #include "search/threads.h"
 #include "search/tt.h"
 
@@ -38,17 +35,11 @@ void startup() {
     platform_init();
 
     // Process-wide tables, all before any other thread exists.
-    attack_init();
-    pawn_masks_init();
+    tables_init();
     if (!pawn_hash_alloc()) {
         std::puts(" pawn hash allocation error - exiting ...");
         std::exit(1);
     }
-    pst_tables_init();
-    lmr_init();
-    keys_init();
-
-    adjacent_files_init();
 
     std::printf("%s v%s\n", ENGINE_NAME, VERSION);
 
