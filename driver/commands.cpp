@@ -112,18 +112,12 @@ static int cmd_book(SearchThread&) {
 }
 
 static int cmd_pickbest(SearchThread&) {
-    if (!has_argument())
-        std::puts("usage: pickbest 0 or 1");
-    else
-        book_settings.pickbest = int_argument();
+    set_from_argument(book_settings.pickbest, "usage: pickbest 0 or 1");
     return CMD_DONE;
 }
 
 static int cmd_bookdepth(SearchThread&) {
-    if (!has_argument())
-        std::puts("usage: bookdepth <args> - default 48 half moves");
-    else
-        book_settings.depth = int_argument();
+    set_from_argument(book_settings.depth, "usage: bookdepth <args> - default 48 half moves");
     std::printf("bookdepth=%d\n", book_settings.depth);
     return CMD_DONE;
 }
@@ -149,10 +143,7 @@ static int cmd_bookname(SearchThread&) {
 }
 
 static int cmd_book_random(SearchThread&) {
-    if (!has_argument())
-        std::puts("usage: book_random [move number]");
-    else
-        book_settings.random = int_argument();
+    set_from_argument(book_settings.random, "usage: book_random [move number]");
     std::printf("book_random=%d\n", book_settings.random);
     return CMD_DONE;
 }

@@ -1,5 +1,6 @@
 #include "driver/tokens.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -33,4 +34,11 @@ bool has_argument() {
 
 int int_argument() {
     return std::atoi(tokens[1]);
+}
+
+void set_from_argument(int& field, const char* usage) {
+    if (has_argument())
+        field = int_argument();
+    else
+        std::puts(usage);
 }

@@ -12,3 +12,6 @@ int split_line(const char* text, const char* delimiters);
 // Whether the command word has an argument, and the first one read as a number (atoi's rule).
 bool has_argument();
 int int_argument();
+// A number setting: the field takes the first argument, or the usage line is printed when there
+// is none.
+void set_from_argument(int& field, const char* usage);
