@@ -6,10 +6,6 @@ struct Step {
     int df, dr;
 };
 
-static constexpr bool on_board(int f, int r) {
-    return f >= 0 && f < 8 && r >= 0 && r < 8;
-}
-
 // One step in each direction: the leapers' tables.
 template <std::size_t N>
 static constexpr std::array<uint64_t, 64> make_leaper(const std::array<Step, N>& steps) {
@@ -53,9 +49,7 @@ template <std::size_t N> static uint64_t walk(int sq, uint64_t occ, const std::a
     return a;
 }
 
-constexpr uint64_t RANK_1 = 0xFFULL, RANK_8 = 0xFF00000000000000ULL;
-constexpr uint64_t FILE_A = 0x0101010101010101ULL, FILE_H = 0x8080808080808080ULL;
-constexpr uint64_t INNER_SQUARES = 0x007E7E7E7E7E7E00ULL;
+constexpr uint64_t INNER_SQUARES = ~(RANK_1 | RANK_8 | FILE_A | FILE_H);
 
 static uint64_t rook_table[ROOK_TABLE_SIZE];
 static uint64_t bishop_table[BISHOP_TABLE_SIZE];

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 
+#include "board/bitboard.h"
 #include "board/types.h"
 
 struct MagicEntry {

@@ -8,26 +8,12 @@
 
 namespace {
 
-constexpr uint64_t NOT_FILE_A = 0xFEFEFEFEFEFEFEFEULL;
-constexpr uint64_t NOT_FILE_H = 0x7F7F7F7F7F7F7F7FULL;
-constexpr uint64_t RANK_1     = 0x00000000000000FFULL;
-constexpr uint64_t RANK_3     = 0x0000000000FF0000ULL;
-constexpr uint64_t RANK_6     = 0x0000FF0000000000ULL;
-constexpr uint64_t RANK_8     = 0xFF00000000000000ULL;
-
 template <int Us> struct Side {
     static constexpr int them           = Us ^ 1;
     static constexpr int forward        = Us == WHITE ? 8 : -8;
-    static constexpr uint64_t last_rank = Us == WHITE ? RANK_8 : RANK_1;
+    static constexpr uint64_t last_rank = relative_rank_mask(Us, 7);
     // A single push landing here may go on to the double-push rank.
-    static constexpr uint64_t push_rank = Us == WHITE ? RANK_3 : RANK_6;
-
-    static constexpr uint64_t push(uint64_t b) { return Us == WHITE ? b << 8 : b >> 8; }
-    // Squares attacked by the pawns of this side.
-    static constexpr uint64_t pawn_targets(uint64_t pawns) {
-        return Us == WHITE ? ((pawns & NOT_FILE_A) << 7) | ((pawns & NOT_FILE_H) << 9)
-                           : ((pawns & NOT_FILE_A) >> 9) | ((pawns & NOT_FILE_H) >> 7);
-    }
+    static constexpr uint64_t push_rank = relative_rank_mask(Us, 2);
 };
 
 // A cursor over the caller's entries; the count is stored once at the end.
@@ -53,7 +39,7 @@ struct Out {
 } // namespace
 
 template <int Us> static uint64_t their_pawn_attacks(const Position& p) {
-    return Side<Us ^ 1>::pawn_targets(pieces(p, Us ^ 1, PAWN));
+    return pawn_attack_set<Us ^ 1>(pieces(p, Us ^ 1, PAWN));
 }
 
 // Pawn captures of the given targets, target-major: for each target, the pawns that reach it.
@@ -132,7 +118,7 @@ template <int Us> static Move* captures(const Position& p, Move* first, int unde
 
     uint64_t targets = them;
     if (p.epsq != NO_SQUARE) targets |= bit(p.epsq);
-    targets &= S::pawn_targets(pawns);
+    targets &= pawn_attack_set<Us>(pawns);
     pawn_captures<Us>(out, pawns, targets & ~S::last_rank);
     pawn_promo_captures<Us>(out, pawns, targets & S::last_rank, under);
 
@@ -141,7 +127,7 @@ template <int Us> static Move* captures(const Position& p, Move* first, int unde
     piece_moves(out, pieces(p, Us, ROOK), them, RookAttacks{occ});
     piece_moves(out, pieces(p, Us, QUEEN), them, QueenAttacks{occ});
 
-    push_promotions<Us>(out, S::push(pawns) & ~occ & S::last_rank, under);
+    push_promotions<Us>(out, pawn_push<Us>(pawns) & ~occ & S::last_rank, under);
     return out.m;
 }
 
@@ -166,9 +152,9 @@ template <int Us> static Move* quiets(const Position& p, Move* first) {
     out.add_all(k, king_attacks[k] & empty & ~their_pawn_attacks<Us>(p) &
                        ~king_attacks[king_square(p, S::them)]);
 
-    const uint64_t single = S::push(pieces(p, Us, PAWN)) & empty;
+    const uint64_t single = pawn_push<Us>(pieces(p, Us, PAWN)) & empty;
     pushes(out, single & ~S::last_rank, S::forward);
-    pushes(out, S::push(single & S::push_rank) & empty, 2 * S::forward);
+    pushes(out, double_pushes<Us>(single, empty), 2 * S::forward);
 
     piece_moves(out, pieces(p, Us, KNIGHT), empty, KnightAttacks{});
     piece_moves(out, pieces(p, Us, BISHOP), empty, BishopAttacks{occ});
@@ -206,10 +192,10 @@ template <int Us> static Move* evasions(const Position& p, Move* first, int unde
     pawn_captures<Us>(out, pawns, capture_targets & ~S::last_rank);
     pawn_promo_captures<Us>(out, pawns, checkers & S::last_rank, under);
 
-    const uint64_t single = S::push(pawns) & ~occ;
+    const uint64_t single = pawn_push<Us>(pawns) & ~occ;
     push_promotions<Us>(out, single & block & S::last_rank, under);
     pushes(out, single & target & ~S::last_rank, S::forward);
-    pushes(out, S::push(single & S::push_rank) & ~occ & target, 2 * S::forward);
+    pushes(out, double_pushes<Us>(single, ~occ) & target, 2 * S::forward);
 
     piece_moves(out, pieces(p, Us, KNIGHT), target, KnightAttacks{});
     piece_moves(out, pieces(p, Us, BISHOP), target, BishopAttacks{occ});
@@ -294,14 +280,14 @@ template <int Us> static Move* checks(const Position& p, Move* first) {
     out.add_all(k, king_attacks[k] & them & ~their_pawn_attacks<Us>(p) & ~king_attacks[ek]);
 
     const uint64_t free_pawns = pawns & ~discover;
-    const uint64_t targets    = (them | ep) & S::pawn_targets(free_pawns);
+    const uint64_t targets    = (them | ep) & pawn_attack_set<Us>(free_pawns);
     pawn_captures<Us>(out, free_pawns, targets & ~S::last_rank);
     pawn_promo_captures<Us>(out, free_pawns, targets & S::last_rank, 0);
 
-    const uint64_t single   = S::push(free_pawns) & empty;
+    const uint64_t single   = pawn_push<Us>(free_pawns) & empty;
     const uint64_t checking = pawn_attacks[S::them][ek];
     pushes(out, single & checking & ~S::last_rank, S::forward);
-    pushes(out, S::push(single & S::push_rank) & empty & checking, 2 * S::forward);
+    pushes(out, double_pushes<Us>(single, empty) & checking, 2 * S::forward);
     push_promotions<Us>(out, single & S::last_rank, 0);
 
     piece_moves(out, pieces(p, Us, KNIGHT) & ~discover, (empty & knight_attacks[ek]) | them, KnightAttacks{});
@@ -350,12 +336,12 @@ static void captures_quiets(const Position& p, Move* cap_list, uint32_t* ncaps, 
 
     uint64_t targets = them;
     if (p.epsq != NO_SQUARE) targets |= bit(p.epsq);
-    targets &= S::pawn_targets(pawns);
+    targets &= pawn_attack_set<Us>(pawns);
     pawn_captures<Us>(caps, pawns, targets & ~S::last_rank);
     pawn_promo_captures<Us>(caps, pawns, targets & S::last_rank, 1);
-    const uint64_t single = S::push(pawns) & empty;
+    const uint64_t single = pawn_push<Us>(pawns) & empty;
     pushes(quiet, single & ~S::last_rank, S::forward);
-    pushes(quiet, S::push(single & S::push_rank) & empty, 2 * S::forward);
+    pushes(quiet, double_pushes<Us>(single, empty), 2 * S::forward);
 
     split_moves(caps, quiet, pieces(p, Us, KNIGHT), them, empty, KnightAttacks{});
     split_moves(caps, quiet, pieces(p, Us, BISHOP), them, empty, BishopAttacks{occ});

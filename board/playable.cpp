@@ -2,7 +2,6 @@
 
 #include "board/attacks.h"
 
-static constexpr uint64_t FIRST_AND_LAST_RANKS = 0xFF000000000000FFULL;
 static constexpr int PAWNS_PER_SIDE            = 8;
 
 // The castling bit, its king's home and its rook's corner.
@@ -75,7 +74,7 @@ static bool king_capturable(const Position& p) {
 
 bool position_playable(const Position& p) {
     if (!one_king_each(p)) return false;
-    if (p.type_bb[PAWN] & FIRST_AND_LAST_RANKS) return false;
+    if (p.type_bb[PAWN] & (RANK_1 | RANK_8)) return false;
     if (!material_reachable(p, WHITE) || !material_reachable(p, BLACK)) return false;
     if (supported_castling(p) != p.cflag || !usable_ep_square(p)) return false;
     return !king_capturable(p);

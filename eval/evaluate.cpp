@@ -6,12 +6,6 @@
 #include "eval/pawns.h"
 #include "eval/tables.h"
 
-constexpr uint64_t FILE_A        = file_mask[0];
-constexpr uint64_t FILE_H        = file_mask[7];
-constexpr uint64_t RANK_1        = 0x00000000000000FFULL;
-constexpr uint64_t RANK_3        = 0x0000000000FF0000ULL;
-constexpr uint64_t RANK_6        = 0x0000FF0000000000ULL;
-constexpr uint64_t RANK_8        = 0xFF00000000000000ULL;
 constexpr uint64_t LIGHT_SQUARES = 0x55AA55AA55AA55AAULL;
 
 // Mobility, per square of the mobility area.
@@ -110,22 +104,10 @@ static int scale_endgame(const Position& p, int e) {
 
 // ---- Attacks, mobility and threats ----
 
-template <int C> static uint64_t pawn_attack_set(uint64_t pawns) {
-    if constexpr (C == WHITE)
-        return ((pawns & ~FILE_A) << 7) | ((pawns & ~FILE_H) << 9);
-    else
-        return ((pawns & ~FILE_H) >> 7) | ((pawns & ~FILE_A) >> 9);
-}
-
 // Empty squares the pawns can reach with a single or a double push.
 template <int C> static uint64_t pawn_push_set(uint64_t pawns, uint64_t empty) {
-    if constexpr (C == WHITE) {
-        const uint64_t one = (pawns << 8) & empty;
-        return one | (((one & RANK_3) << 8) & empty);
-    } else {
-        const uint64_t one = (pawns >> 8) & empty;
-        return one | (((one & RANK_6) >> 8) & empty);
-    }
+    const uint64_t one = pawn_push<C>(pawns) & empty;
+    return one | double_pushes<C>(one, empty);
 }
 
 // What both colours' scans share.
@@ -167,7 +149,7 @@ struct PieceScan {
 // Adds colour C's terms, from C's own view, to mg and eg.
 template <int C> static void scan_side(const Position& p, const Board& bd, SideAttacks& s, int& mg, int& eg) {
     constexpr int E             = C ^ 1;
-    constexpr uint64_t HOME     = C == WHITE ? RANK_1 : RANK_8;
+    constexpr uint64_t HOME     = relative_rank_mask(C, 0);
     const int ek                = king_square(p, E);
     const uint64_t own_pawns    = pieces(p, C, PAWN);
     const uint64_t enemy_pawns  = pieces(p, E, PAWN);
@@ -209,7 +191,7 @@ template <int C> static void scan_side(const Position& p, const Board& bd, SideA
     for (uint64_t b = own_rooks; b;) {
         const int sq = pop_lsb(b);
         mob += scan.add(rook_attacks(sq, rook_occ), rook_checks);
-        const uint64_t file = file_mask[file_of(sq)];
+        const uint64_t file = file_mask(file_of(sq));
         if (!(own_pawns & file)) {
             const int factor = (enemy_pawns & file) ? HALF_OPEN_FILE_FACTOR : OPEN_FILE_FACTOR;
             mg += (8 - popcount(bd.occ & file)) * factor;

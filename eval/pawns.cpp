@@ -73,7 +73,7 @@ static SideTerms side_pawns(const Position& p, int c) {
             t.mg -= DOUBLED_MG;
             t.eg -= DOUBLED_EG;
         }
-        const bool unsupported = !(others & passed_mask[e][stop] & ~file_mask[f]);
+        const bool unsupported = !(others & passed_mask[e][stop] & ~file_mask(f));
         const bool stop_held   = opp & (bit(stop) | pawn_attacks[c][stop]);
         if (unsupported && stop_held) {
             t.mg -= BACKWARD_MG;

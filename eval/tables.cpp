@@ -17,10 +17,6 @@ int32_t pst_display_eg[16];
 
 constexpr int MAX_DISTANCE = 5;
 
-static bool on_board(int f, int r) {
-    return f >= 0 && f < 8 && r >= 0 && r < 8;
-}
-
 // A king on the edge rank is also guarded from the rank inward, and a corner king counts the zone
 // of its neighbour on the same rank.
 static void king_zones_init() {
@@ -64,7 +60,7 @@ void pawn_masks_init() {
 
 void adjacent_files_init() {
     for (int f = 0; f < 8; ++f)
-        adjacent_files[f] = (f > 0 ? file_mask[f - 1] : 0) | (f < 7 ? file_mask[f + 1] : 0);
+        adjacent_files[f] = (f > 0 ? file_mask(f - 1) : 0) | (f < 7 ? file_mask(f + 1) : 0);
 }
 
 void pst_init(Position& p) {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "board/bitboard.h"
 #include "board/material.h"
 #include "board/types.h"
 
@@ -12,13 +13,6 @@ constexpr int passed_bonus[8]      = {0, 0, 4, 10, 40, 70, 90, 0};
 constexpr int connected_mg[8]      = {0, 10, 15, 25, 40, 65, 110, 0};
 constexpr int connected_eg[8]      = {0, 5, 5, 10, 25, 60, 110, 0};
 constexpr int king_safety_scale[8] = {0, 1, 7, 12, 16, 18, 20, 22};
-
-constexpr uint64_t make_file_mask(int f) {
-    return 0x0101010101010101ULL << f;
-}
-inline constexpr uint64_t file_mask[8] = {make_file_mask(0), make_file_mask(1), make_file_mask(2),
-                                          make_file_mask(3), make_file_mask(4), make_file_mask(5),
-                                          make_file_mask(6), make_file_mask(7)};
 
 extern uint64_t king_zone[64];
 extern uint8_t distance[64][64];
