@@ -63,3 +63,25 @@ inline uint64_t bishop_attacks(int sq, uint64_t occ) {
 inline uint64_t queen_attacks(int sq, uint64_t occ) {
     return rook_attacks(sq, occ) | bishop_attacks(sq, occ);
 }
+
+// Every piece of either colour that attacks sq when exactly the squares of occ are occupied (kings
+// by adjacency). Pieces standing outside occ are not masked off here.
+inline uint64_t attackers_to(const Position& p, int sq, uint64_t occ) {
+    const uint64_t diagonal = p.type_bb[BISHOP] | p.type_bb[QUEEN];
+    const uint64_t straight = p.type_bb[ROOK] | p.type_bb[QUEEN];
+    return (pawn_attacks[BLACK][sq] & pieces(p, WHITE, PAWN)) | (pawn_attacks[WHITE][sq] & pieces(p, BLACK, PAWN)) |
+           (knight_attacks[sq] & p.type_bb[KNIGHT]) | (king_attacks[sq] & (bit(p.wking) | bit(p.bking))) |
+           (bishop_attacks(sq, occ) & diagonal) | (rook_attacks(sq, occ) & straight);
+}
+
+// Whether one of the pieces `by`, all of colour c, attacks sq under the occupancy occ; c's king
+// counts by adjacency wherever it stands. The legality tests ask it with pieces taken out of `by`
+// and occ. A slider lookup is skipped when no such slider stands on the square's empty-board rays.
+[[gnu::always_inline]] inline bool attacked_by(const Position& p, int sq, int c, uint64_t by, uint64_t occ) {
+    const uint64_t diagonal = by & (p.type_bb[BISHOP] | p.type_bb[QUEEN]);
+    const uint64_t straight = by & (p.type_bb[ROOK] | p.type_bb[QUEEN]);
+    return (pawn_attacks[c ^ 1][sq] & by & p.type_bb[PAWN]) || (knight_attacks[sq] & by & p.type_bb[KNIGHT]) ||
+           (king_attacks[sq] & bit(king_square(p, c))) ||
+           ((bishop_empty[sq] & diagonal) && (bishop_attacks(sq, occ) & diagonal)) ||
+           ((rook_empty[sq] & straight) && (rook_attacks(sq, occ) & straight));
+}

@@ -13,21 +13,6 @@ static uint64_t straight_sliders(const Position& p, int colour) {
     return p.colour_bb[colour] & (p.type_bb[ROOK] | p.type_bb[QUEEN]);
 }
 
-// Whether square s is attacked by the pieces of `attackers` (a subset of the side not to move)
-// under the occupancy occ; the enemy king counts by adjacency.
-// A slider lookup is skipped when no such slider stands on the square's empty-board rays.
-[[gnu::always_inline]] static inline bool attacked(const Position& p, int s, uint64_t attackers,
-                                                   uint64_t occ) {
-    const int us            = p.side;
-    const uint64_t diagonal = attackers & (p.type_bb[BISHOP] | p.type_bb[QUEEN]);
-    const uint64_t straight = attackers & (p.type_bb[ROOK] | p.type_bb[QUEEN]);
-    return (pawn_attacks[us][s] & attackers & p.type_bb[PAWN]) ||
-           (knight_attacks[s] & attackers & p.type_bb[KNIGHT]) ||
-           (king_attacks[s] & bit(king_square(p, us ^ 1))) ||
-           ((bishop_empty[s] & diagonal) && (bishop_attacks(s, occ) & diagonal)) ||
-           ((rook_empty[s] & straight) && (rook_attacks(s, occ) & straight));
-}
-
 Position* make_move(PositionStack& t, Move m) {
     nodes_searched.store(nodes_searched.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
     set_thread_nodes(t, t.nodes + 1);
@@ -216,21 +201,16 @@ bool legal_slow(const Position& p, Move m) {
             theirs &= ~bit(to);
         else if (en_passant)
             theirs &= ~bit(to ^ 8);
-        const uint64_t occ = (ours & ~bit(from)) | bit(to) | theirs;
-        return !((pawn_attacks[us][k] & theirs & p.type_bb[PAWN]) ||
-                 (knight_attacks[k] & theirs & p.type_bb[KNIGHT]) ||
-                 (king_attacks[k] & bit(king_square(p, us ^ 1))) ||
-                 (bishop_attacks(k, occ) & theirs & (p.type_bb[BISHOP] | p.type_bb[QUEEN])) ||
-                 (rook_attacks(k, occ) & theirs & (p.type_bb[ROOK] | p.type_bb[QUEEN])));
+        return !attacked_by(p, k, us ^ 1, theirs, (ours & ~bit(from)) | bit(to) | theirs);
     }
 
     if (to - from == 2 || from - to == 2) {
         if (p.incheck) return false;
-        if (attacked(p, (from + to) / 2, theirs, ours | theirs)) return false;
+        if (attacked_by(p, (from + to) / 2, us ^ 1, theirs, ours | theirs)) return false;
     }
     // The rook of a castling move still counts on its corner here.
     theirs &= ~bit(to);
-    return !attacked(p, to, theirs, (ours & ~bit(from)) | bit(to) | theirs);
+    return !attacked_by(p, to, us ^ 1, theirs, (ours & ~bit(from)) | bit(to) | theirs);
 }
 
 uint64_t king_danger(const Position& p) {

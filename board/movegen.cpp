@@ -174,11 +174,7 @@ template <int Us> static Move* evasions(const Position& p, Move* first, int unde
     out.add_all(k, king_attacks[k] & ~ours & ~their_pawn_attacks<Us>(p) &
                        ~king_attacks[king_square(p, S::them)]);
 
-    const uint64_t diagonal = p.type_bb[BISHOP] | p.type_bb[QUEEN];
-    const uint64_t straight = p.type_bb[ROOK] | p.type_bb[QUEEN];
-    const uint64_t checkers =
-        them & ((p.type_bb[PAWN] & pawn_attacks[Us][k]) | (p.type_bb[KNIGHT] & knight_attacks[k]) |
-                (diagonal & bishop_attacks(k, occ)) | (straight & rook_attacks(k, occ)));
+    const uint64_t checkers = them & attackers_to(p, k, occ);
     if (popcount(checkers) != 1) return out.m;
 
     const int checker     = lsb(checkers);

@@ -63,13 +63,7 @@ static bool material_reachable(const Position& p, int colour) {
 // Whether the king of the side not to move stands attacked: the side to move could take it.
 static bool king_capturable(const Position& p) {
     const int us = p.side, them = us ^ 1;
-    const int k        = king_square(p, them);
-    const uint64_t occ = occupancy(p);
-    const uint64_t own = p.colour_bb[us];
-    return (pawn_attacks[them][k] & own & p.type_bb[PAWN]) || (knight_attacks[k] & own & p.type_bb[KNIGHT]) ||
-           (king_attacks[k] & bit(king_square(p, us))) ||
-           (bishop_attacks(k, occ) & own & (p.type_bb[BISHOP] | p.type_bb[QUEEN])) ||
-           (rook_attacks(k, occ) & own & (p.type_bb[ROOK] | p.type_bb[QUEEN]));
+    return attacked_by(p, king_square(p, them), us, p.colour_bb[us], occupancy(p));
 }
 
 bool position_playable(const Position& p) {

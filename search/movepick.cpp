@@ -232,18 +232,6 @@ void cutoff_update(SearchThread& t, int ply, CmRow cmh, Move m, const Move* quie
         update_history(t, cmh, quiets[i], -bonus);
 }
 
-// Pieces of both colours that attack sq through occ, restricted to occ.
-static uint64_t attackers_of(const Position& p, int sq, uint64_t occ) {
-    const uint64_t bq = p.type_bb[BISHOP] | p.type_bb[QUEEN];
-    const uint64_t rq = p.type_bb[ROOK] | p.type_bb[QUEEN];
-    uint64_t a        = (pawn_attacks[BLACK][sq] & pieces(p, WHITE, PAWN)) |
-                 (pawn_attacks[WHITE][sq] & pieces(p, BLACK, PAWN)) |
-                 (knight_attacks[sq] & p.type_bb[KNIGHT]) |
-                 (king_attacks[sq] & (bit(p.wking) | bit(p.bking))) | (bishop_attacks(sq, occ) & bq) |
-                 (rook_attacks(sq, occ) & rq);
-    return a & occ;
-}
-
 // The least valuable piece of the set (kings last); its type is left in type.
 static int least_valuable(const Position& p, uint64_t set, int& type) {
     for (type = PAWN; type <= QUEEN; ++type)
@@ -270,7 +258,7 @@ int see(const Position& p, Move m) {
         v = piece_value[PAWN];
         occ &= ~bit(to ^ 8);
     }
-    uint64_t attackers = attackers_of(p, to, occ);
+    uint64_t attackers = attackers_to(p, to, occ) & occ;
     int side           = piece_colour(p.board[from]) ^ 1;
     if ((attackers & p.colour_bb[side]) == 0) return v;
 
