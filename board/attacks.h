@@ -69,9 +69,10 @@ inline uint64_t queen_attacks(int sq, uint64_t occ) {
 inline uint64_t attackers_to(const Position& p, int sq, uint64_t occ) {
     const uint64_t diagonal = p.type_bb[BISHOP] | p.type_bb[QUEEN];
     const uint64_t straight = p.type_bb[ROOK] | p.type_bb[QUEEN];
-    return (pawn_attacks[BLACK][sq] & pieces(p, WHITE, PAWN)) | (pawn_attacks[WHITE][sq] & pieces(p, BLACK, PAWN)) |
-           (knight_attacks[sq] & p.type_bb[KNIGHT]) | (king_attacks[sq] & (bit(p.wking) | bit(p.bking))) |
-           (bishop_attacks(sq, occ) & diagonal) | (rook_attacks(sq, occ) & straight);
+    return (pawn_attacks[BLACK][sq] & pieces(p, WHITE, PAWN)) |
+           (pawn_attacks[WHITE][sq] & pieces(p, BLACK, PAWN)) | (knight_attacks[sq] & p.type_bb[KNIGHT]) |
+           (king_attacks[sq] & (bit(p.wking) | bit(p.bking))) | (bishop_attacks(sq, occ) & diagonal) |
+           (rook_attacks(sq, occ) & straight);
 }
 
 // Whether one of the pieces `by`, all of colour c, attacks sq under the occupancy occ; c's king
@@ -80,8 +81,8 @@ inline uint64_t attackers_to(const Position& p, int sq, uint64_t occ) {
 [[gnu::always_inline]] inline bool attacked_by(const Position& p, int sq, int c, uint64_t by, uint64_t occ) {
     const uint64_t diagonal = by & (p.type_bb[BISHOP] | p.type_bb[QUEEN]);
     const uint64_t straight = by & (p.type_bb[ROOK] | p.type_bb[QUEEN]);
-    return (pawn_attacks[c ^ 1][sq] & by & p.type_bb[PAWN]) || (knight_attacks[sq] & by & p.type_bb[KNIGHT]) ||
-           (king_attacks[sq] & bit(king_square(p, c))) ||
+    return (pawn_attacks[c ^ 1][sq] & by & p.type_bb[PAWN]) ||
+           (knight_attacks[sq] & by & p.type_bb[KNIGHT]) || (king_attacks[sq] & bit(king_square(p, c))) ||
            ((bishop_empty[sq] & diagonal) && (bishop_attacks(sq, occ) & diagonal)) ||
            ((rook_empty[sq] & straight) && (rook_attacks(sq, occ) & straight));
 }

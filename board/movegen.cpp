@@ -75,6 +75,19 @@ static void pushes(Out& out, uint64_t dests, int distance) {
     }
 }
 
+// Castling needs only the right and empty squares here; attacks are legal()'s business.
+template <int Us>
+[[gnu::always_inline]] static inline void castles(Out& out, const Position& p, uint64_t occ) {
+    if (!p.cflag) return;
+    if (Us == WHITE) {
+        if ((p.cflag & 2) && !(occ & (bit(F1) | bit(G1)))) out.add(E1, G1);
+        if ((p.cflag & 1) && !(occ & (bit(B1) | bit(C1) | bit(D1)))) out.add(E1, C1);
+    } else {
+        if ((p.cflag & 8) && !(occ & (bit(F8) | bit(G8)))) out.add(E8, G8);
+        if ((p.cflag & 4) && !(occ & (bit(B8) | bit(C8) | bit(D8)))) out.add(E8, C8);
+    }
+}
+
 // Moves of each piece of a set onto `targets`, lowest piece first.
 template <typename Attacks>
 [[gnu::always_inline]] static inline void piece_moves(Out& out, uint64_t set, uint64_t targets,
@@ -138,16 +151,7 @@ template <int Us> static Move* quiets(const Position& p, Move* first) {
     const uint64_t empty = ~occ;
     const int k          = king_square(p, Us);
 
-    // Castling needs only the right and empty squares here; attacks are legal()'s business.
-    if (p.cflag) {
-        if (Us == WHITE) {
-            if ((p.cflag & 2) && !(occ & (bit(F1) | bit(G1)))) out.add(E1, G1);
-            if ((p.cflag & 1) && !(occ & (bit(B1) | bit(C1) | bit(D1)))) out.add(E1, C1);
-        } else {
-            if ((p.cflag & 8) && !(occ & (bit(F8) | bit(G8)))) out.add(E8, G8);
-            if ((p.cflag & 4) && !(occ & (bit(B8) | bit(C8) | bit(D8)))) out.add(E8, C8);
-        }
-    }
+    castles<Us>(out, p, occ);
 
     out.add_all(k, king_attacks[k] & empty & ~their_pawn_attacks<Us>(p) &
                        ~king_attacks[king_square(p, S::them)]);
@@ -316,15 +320,7 @@ static void captures_quiets(const Position& p, Move* cap_list, uint32_t* ncaps, 
     const int k          = king_square(p, Us);
     const uint64_t pawns = pieces(p, Us, PAWN);
 
-    if (p.cflag) {
-        if (Us == WHITE) {
-            if ((p.cflag & 2) && !(occ & (bit(F1) | bit(G1)))) quiet.add(E1, G1);
-            if ((p.cflag & 1) && !(occ & (bit(B1) | bit(C1) | bit(D1)))) quiet.add(E1, C1);
-        } else {
-            if ((p.cflag & 8) && !(occ & (bit(F8) | bit(G8)))) quiet.add(E8, G8);
-            if ((p.cflag & 4) && !(occ & (bit(B8) | bit(C8) | bit(D8)))) quiet.add(E8, C8);
-        }
-    }
+    castles<Us>(quiet, p, occ);
     const uint64_t king =
         king_attacks[k] & ~their_pawn_attacks<Us>(p) & ~king_attacks[king_square(p, S::them)];
     caps.add_all(k, king & them);

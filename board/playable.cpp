@@ -2,7 +2,7 @@
 
 #include "board/attacks.h"
 
-static constexpr int PAWNS_PER_SIDE            = 8;
+static constexpr int PAWNS_PER_SIDE = 8;
 
 // The castling bit, its king's home and its rook's corner.
 struct CastlingRight {
