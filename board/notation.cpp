@@ -1,21 +1,30 @@
 #include "board/notation.h"
 
-// By promotion type; 0 (and the unused types 5..7) end the text after four characters.
+// By promotion type; 0 (and the unused types 5..7) add no letter.
 static const char promo_letter[8] = {'\0', 'n', 'b', 'r', 'q', '\0', '\0', '\0'};
 // By letter - 'b' for the letters b..r; letters that name no promotion piece give 0.
 static const uint8_t promo_type[17] = {2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 4, 3};
 
-static char move_buffer[8];
+char* write_move(char* out, Move m) {
+    if ((m & SQUARE_BITS) == 0) {
+        for (const char* s = "(none)"; *s; ++s)
+            *out++ = *s;
+    } else {
+        const int from = move_from(m), to = move_to(m);
+        *out++ = static_cast<char>('a' + file_of(from));
+        *out++ = static_cast<char>('1' + rank_of(from));
+        *out++ = static_cast<char>('a' + file_of(to));
+        *out++ = static_cast<char>('1' + rank_of(to));
+        if (const char c = promo_letter[move_promo(m)]) *out++ = c;
+    }
+    *out = '\0';
+    return out;
+}
+
+static char move_buffer[MOVE_TEXT_SIZE];
 
 const char* move_text(Move m) {
-    if ((m & SQUARE_BITS) == 0) return "(none)";
-    const int from = move_from(m), to = move_to(m);
-    move_buffer[0] = static_cast<char>('a' + file_of(from));
-    move_buffer[1] = static_cast<char>('1' + rank_of(from));
-    move_buffer[2] = static_cast<char>('a' + file_of(to));
-    move_buffer[3] = static_cast<char>('1' + rank_of(to));
-    move_buffer[4] = promo_letter[move_promo(m)];
-    move_buffer[5] = '\0';
+    write_move(move_buffer, m);
     return move_buffer;
 }
 

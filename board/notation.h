@@ -3,6 +3,12 @@
 
 #include "board/types.h"
 
+// Room for the longest text, "(none)", and its terminating zero.
+constexpr int MOVE_TEXT_SIZE = 8;
+
+// Writes the text and a terminating zero at out (at most MOVE_TEXT_SIZE bytes) and returns the
+// position of the zero, where a line may go on. Safe from any thread: the buffer is the caller's.
+char* write_move(char* out, Move m);
 // Returns the text in one process-wide buffer, valid until the next call (not thread-safe:
 // only thread 0 and the driver print moves).
 const char* move_text(Move m);

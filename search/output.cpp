@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "board/notation.h"
 #include "platform/platform.h"
 #include "search/threads.h"
 #include "search/tt.h"
@@ -13,24 +14,6 @@ static constexpr int LINE_SIZE = 1024;
 // Beyond this score a line is a mate announcement and carries the whole variation.
 static constexpr int MATE_SHOWN = 32631;
 static constexpr int PV_SHOWN = 6, PV_SHOWN_MATE = 99;
-
-static constexpr char promo_letter[8] = {0, 'n', 'b', 'r', 'q', 0, 0, 0};
-
-// Coordinate text of one move appended at out; returns the new end. Written here rather than via
-// the shared move-text buffer so that a line is built in one local buffer and printed at once.
-static char* append_move(char* out, Move m) {
-    if ((m & SQUARE_BITS) == 0) {
-        for (const char* s = "(none)"; *s; ++s)
-            *out++ = *s;
-        return out;
-    }
-    *out++ = static_cast<char>('a' + ((m >> 6) & 7));
-    *out++ = static_cast<char>('1' + ((m >> 9) & 7));
-    *out++ = static_cast<char>('a' + (m & 7));
-    *out++ = static_cast<char>('1' + ((m >> 3) & 7));
-    if (char c = promo_letter[move_promo(m)]) *out++ = c;
-    return out;
-}
 
 uint64_t total_nodes() {
     uint64_t sum = 0;
@@ -60,7 +43,7 @@ static void print_info_line(int line, int score, const uint32_t* pv, uint64_t no
                   static_cast<int64_t>(nodes), static_cast<int>(elapsed), static_cast<int>(nps), hashfull);
     char* out = text + n;
     for (int i = 0; i < STACK_SIZE && pv[i] != 0; ++i) {
-        out    = append_move(out, pv[i]);
+        out    = write_move(out, pv[i]);
         *out++ = ' ';
     }
     // The blank after the last word becomes the line end.
@@ -94,7 +77,7 @@ void print_thinking() {
     const int shown = mate ? PV_SHOWN_MATE : PV_SHOWN;
     for (int i = 0; i < shown && sc.pv_table[0][i] != 0; ++i) {
         *out++ = ' ';
-        out    = append_move(out, sc.pv_table[0][i]);
+        out    = write_move(out, sc.pv_table[0][i]);
     }
     if (mate) *out++ = '#';
     *out++ = '\n';
