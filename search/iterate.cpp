@@ -101,15 +101,11 @@ int search_root(SearchThread& t, int alpha, int beta, int depth) {
     const bool filtered  = sc.root_move_count > 0 || (main && current_line > 0);
     MovePicker mp;
     picker_init(mp, t, hash_move, true, 1, false, 0);
-    int best       = -MATE;
-    int bound      = BOUND_UPPER;
-    Move best_move = hash_move;
-    int count      = 0;
-    Move quiets[MAX_QUIETS];
-    int quiet_count = 0;
+    NodeBest best{-MATE, hash_move, BOUND_UPPER};
+    int count = 0;
+    TriedQuiets quiets;
     while (Move m = next_move(mp, t)) {
         if (!legal(p, m) || (filtered && root_skipped(main, m))) continue;
-        const int n = depth - 1;
         make_move(t, m);
         hash_prefetch(t.key);
         ++count;
@@ -120,53 +116,25 @@ int search_root(SearchThread& t, int alpha, int beta, int depth) {
                 sc.root_move_index.store(count, std::memory_order_relaxed);
             }
         }
-        int score;
-        if (count == 1) {
-            score = -search(t, 1, -beta, -alpha, n, 1, incheck ? 0 : 1, 0);
-        } else {
-            int r = -1;
-            if (mp.stage == STAGE_QUIETS && depth >= LMR_DEPTH)
-                r = lmr_table[depth][count] - move_key(m) / LMR_HISTORY_UNIT;
-            if (r >= 0) {
-                int reduced = n - r;
-                if (r >= n) {
-                    reduced = 1;
-                    r       = depth - 2;
-                }
-                score = -search(t, 0, -alpha - 1, -alpha, reduced, 1, 1, 0);
-                if (r != 0 && score > alpha) score = -search(t, 0, -alpha - 1, -alpha, n, 1, 1, 0);
-            } else {
-                score = -search(t, 0, -alpha - 1, -alpha, n, 1, 1, 0);
-            }
-            if (alpha < score && score < beta) score = -search(t, 1, -beta, -alpha, n, 1, 1, 0);
-        }
+        int r = 0;
+        if (count > 1 && mp.stage == STAGE_QUIETS && depth >= LMR_DEPTH)
+            r = lmr_table[depth][count] - move_key(m) / LMR_HISTORY_UNIT;
+        const int score = search_move(t, count == 1, 1, alpha, beta, depth - 1, 1, r, incheck);
         unmake_move(t);
         if (search_stopped()) return 0;
-        if (score > best) {
-            if (score > alpha) {
-                if (main) record_best(depth, score, m);
-                if (score >= beta) {
-                    if (!incheck && (m & QUIET_MARK)) {
-                        const int d =
-                            std::min(depth + (score > beta + BONUS_MARGIN ? 1 : 0), MAX_BONUS_DEPTH);
-                        cutoff_update(t, 0, cmh, m, quiets, quiet_count, d);
-                    }
-                    hash_store(t, m, score, eval, depth, 0, BOUND_LOWER);
-                    return score;
-                }
-                best_move = m;
-                best = alpha = score;
-                bound        = BOUND_EXACT;
-            } else {
-                best = score;
-            }
+        const Raise raise = raise_best(best, alpha, beta, m, score);
+        if (raise != Raise::None && main) record_best(depth, score, m);
+        if (raise == Raise::Cutoff) {
+            reward_cutoff(t, 0, cmh, m, score, beta, depth, incheck, quiets);
+            hash_store(t, m, score, eval, depth, 0, BOUND_LOWER);
+            return score;
         }
-        if ((m & QUIET_MARK) && quiet_count < MAX_QUIETS) quiets[quiet_count++] = m;
+        quiets.add(m);
     }
     if (count == 0) return incheck ? -MATE : 0;
     // A line searched without the root's best moves does not speak for the root.
-    if (!main || current_line == 0) hash_store(t, best_move, best, eval, depth, 0, bound);
-    return best;
+    if (!main || current_line == 0) hash_store(t, best.move, best.score, eval, depth, 0, best.bound);
+    return best.score;
 }
 
 bool widen_window(int score, int& alpha, int& beta, int& delta) {

@@ -45,9 +45,11 @@ int qsearch(SearchThread& t, int pv, int alpha, int beta, int depth, int ply) {
          (hit.bound == BOUND_UPPER && hit.score <= alpha) || hit.bound == BOUND_EXACT))
         return hit.score;
 
-    int best, node_eval;
+    const Move hash_move = found ? hit.move : 0;
+    NodeBest best{ply - MATE, hash_move, BOUND_UPPER};
+    int node_eval;
     if (p.incheck) {
-        best = node_eval = ply - MATE;
+        node_eval = ply - MATE;
     } else {
         node_eval     = found ? hit.eval : evaluate(p);
         int stand_pat = node_eval;
@@ -60,39 +62,20 @@ int qsearch(SearchThread& t, int pv, int alpha, int beta, int depth, int ply) {
                 stand_pat = hit.score;
         }
         if (stand_pat >= beta) return stand_pat;
-        best  = stand_pat;
-        alpha = std::max(alpha, best);
+        best.score = stand_pat;
+        alpha      = std::max(alpha, stand_pat);
     }
 
-    const Move hash_move = found ? hit.move : 0;
     MovePicker mp;
     picker_init(mp, t, hash_move, false, 0, depth == 0, ply);
-    Move best_move   = hash_move;
-    int bound        = BOUND_UPPER;
-    int result       = 0;
-    bool failed_high = false;
     while (Move m = next_move(mp, t)) {
         if (!legal(p, m)) continue;
         make_move(t, m);
         hash_prefetch(t.key);
         const int score = -qsearch(t, 0, -beta, -alpha, depth - 1, ply + 1);
         unmake_move(t);
-        if (score <= best) continue;
-        if (score <= alpha) {
-            best = score;
-            continue;
-        }
-        best_move = m;
-        if (score >= beta) {
-            failed_high = true;
-            result      = score;
-            bound       = BOUND_LOWER;
-            break;
-        }
-        bound = BOUND_EXACT;
-        best = alpha = score;
+        if (raise_best(best, alpha, beta, m, score) == Raise::Cutoff) break;
     }
-    if (!failed_high) result = best;
-    hash_store(t, best_move, result, node_eval, hash_depth, ply, bound);
-    return result;
+    hash_store(t, best.move, best.score, node_eval, hash_depth, ply, best.bound);
+    return best.score;
 }

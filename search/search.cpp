@@ -203,16 +203,10 @@ int search(SearchThread& t, int pv, int alpha, int beta, int depth, int ply, int
                                     outside_mate_range(hash_score) && hash_bound == BOUND_LOWER &&
                                     hash_depth >= depth - SINGULAR_ENTRY_SLACK;
     const bool writes_pv = pv && t.id == 0;
-    int best             = ply - MATE;
-    int bound            = BOUND_UPPER;
-    Move best_move       = hash_move;
-    int searched         = 0;
-    Move quiets[MAX_QUIETS];
-    int quiet_count = 0;
-    Move m;
-    int score        = 0;
-    bool failed_high = false;
-    while ((m = next_move(mp, t)) != 0) {
+    NodeBest best{ply - MATE, hash_move, BOUND_UPPER};
+    int searched = 0;
+    TriedQuiets quiets;
+    while (Move m = next_move(mp, t)) {
         // No stage hands out the hash move's word again, so the word identifies it.
         const bool from_hash = mp.hash_move != 0 && (m & MOVE_WORD_BITS) == mp.hash_move;
         if ((m & SQUARE_BITS) == (excluded & SQUARE_BITS)) continue;
@@ -232,59 +226,26 @@ int search(SearchThread& t, int pv, int alpha, int beta, int depth, int ply, int
         hash_prefetch(t.key);
         ++searched;
         if (writes_pv) sc.pv_table[ply + 1][0] = 0;
-        const int c = ply + 1;
-        if (searched == 1) {
-            score = -search(t, pv, -beta, -alpha, n, c, incheck ? 0 : 1, 0);
-        } else {
-            int r = -1;
-            if (mp.stage == STAGE_QUIETS && depth >= LMR_DEPTH) {
-                r = lmr_table[depth][searched] + (improving ? 0 : 1);
-                if (r != 0) r = r - 1 + (pv ? 0 : 1);
-                r -= move_key(m) / LMR_HISTORY_UNIT;
-            }
-            if (r >= 0) {
-                int reduced = n - r;
-                if (r >= n) {
-                    reduced = 1;
-                    r       = n - 1;
-                }
-                score = -search(t, 0, -alpha - 1, -alpha, reduced, c, 1, 0);
-                if (r != 0 && score > alpha) score = -search(t, 0, -alpha - 1, -alpha, n, c, 1, 0);
-            } else {
-                score = -search(t, 0, -alpha - 1, -alpha, n, c, 1, 0);
-            }
-            if (alpha < score && score < beta) score = -search(t, 1, -beta, -alpha, n, c, 1, 0);
+        int r = 0;
+        if (searched > 1 && mp.stage == STAGE_QUIETS && depth >= LMR_DEPTH) {
+            r = lmr_table[depth][searched] + (improving ? 0 : 1);
+            if (r != 0) r = r - 1 + (pv ? 0 : 1);
+            r -= move_key(m) / LMR_HISTORY_UNIT;
         }
+        const int score = search_move(t, searched == 1, pv, alpha, beta, n, ply + 1, r, incheck);
         unmake_move(t);
         if (search_stopped()) return 0;
-        if (score > best) {
-            if (score > alpha) {
-                if (writes_pv) update_pv(ply, m);
-                if (score >= beta) {
-                    failed_high = true;
-                    break;
-                }
-                best_move = m;
-                best = alpha = score;
-                bound        = BOUND_EXACT;
-            } else {
-                best = score;
-            }
+        const Raise raise = raise_best(best, alpha, beta, m, score);
+        if (raise != Raise::None && writes_pv) update_pv(ply, m);
+        if (raise == Raise::Cutoff) {
+            reward_cutoff(t, ply, cmh, m, score, beta, depth, incheck, quiets);
+            break;
         }
-        if ((m & QUIET_MARK) && quiet_count < MAX_QUIETS) quiets[quiet_count++] = m;
+        quiets.add(m);
     }
 
-    if (failed_high) {
-        best      = score;
-        best_move = m;
-        bound     = BOUND_LOWER;
-        if (!incheck && (m & QUIET_MARK)) {
-            const int d = std::min(depth + (score > beta + BONUS_MARGIN ? 1 : 0), MAX_BONUS_DEPTH);
-            cutoff_update(t, ply, cmh, m, quiets, quiet_count, d);
-        }
-    }
     if (searched == 0) return (incheck || excluded) ? ply - MATE : 0;
-    if (excluded) return best;
-    hash_store(t, best_move, best, eval, depth, ply, bound);
-    return best;
+    if (excluded) return best.score;
+    hash_store(t, best.move, best.score, eval, depth, ply, best.bound);
+    return best.score;
 }
