@@ -2,43 +2,6 @@
 
 #include <bit>
 
-struct Step {
-    int df, dr;
-};
-
-// One step in each direction: the leapers' tables.
-template <std::size_t N>
-static constexpr std::array<uint64_t, 64> make_leaper(const std::array<Step, N>& steps) {
-    std::array<uint64_t, 64> t{};
-    for (int s = 0; s < 64; ++s)
-        for (const Step& d : steps) {
-            const int f = file_of(s) + d.df, r = rank_of(s) + d.dr;
-            if (on_board(f, r)) t[s] |= bit(f + 8 * r);
-        }
-    return t;
-}
-
-// Every step in each direction up to the edge: the sliders' empty-board rays.
-template <std::size_t N>
-static constexpr std::array<uint64_t, 64> make_rays(const std::array<Step, N>& steps) {
-    std::array<uint64_t, 64> t{};
-    for (int s = 0; s < 64; ++s)
-        for (const Step& d : steps)
-            for (int f = file_of(s) + d.df, r = rank_of(s) + d.dr; on_board(f, r); f += d.df, r += d.dr)
-                t[s] |= bit(f + 8 * r);
-    return t;
-}
-
-constexpr std::array<Step, 8> knight_steps = {
-    {{1, 2}, {2, 1}, {2, -1}, {1, -2}, {-1, -2}, {-2, -1}, {-2, 1}, {-1, 2}}};
-constexpr std::array<Step, 8> king_steps = {
-    {{1, 0}, {1, 1}, {0, 1}, {-1, 1}, {-1, 0}, {-1, -1}, {0, -1}, {1, -1}}};
-constexpr std::array<Step, 4> bishop_steps = {{{1, 1}, {-1, 1}, {-1, -1}, {1, -1}}};
-constexpr std::array<Step, 4> rook_steps   = {{{1, 0}, {0, 1}, {-1, 0}, {0, -1}}};
-// A pawn attacks one rank forward; off the board forward means no attacks at all.
-constexpr std::array<Step, 2> white_pawn_steps = {{{-1, 1}, {1, 1}}};
-constexpr std::array<Step, 2> black_pawn_steps = {{{-1, -1}, {1, -1}}};
-
 template <std::size_t N> static uint64_t walk(int sq, uint64_t occ, const std::array<Step, N>& steps) {
     uint64_t a = 0;
     for (const Step& d : steps)
@@ -76,22 +39,57 @@ static void fill_blocks(MagicEntry* entries, uint64_t* table, const uint64_t* mu
 }
 
 // The squares numbered from lo up to hi - 1.
-static uint64_t square_range(int lo, int hi) {
+static constexpr uint64_t square_range(int lo, int hi) {
     return (bit(hi) - 1) & ~(bit(lo) - 1);
 }
 
-constexpr std::array<uint64_t, 64> knight_attacks              = make_leaper(knight_steps);
-constexpr std::array<uint64_t, 64> king_attacks                = make_leaper(king_steps);
-constexpr std::array<std::array<uint64_t, 64>, 2> pawn_attacks = {make_leaper(white_pawn_steps),
-                                                                  make_leaper(black_pawn_steps)};
-constexpr std::array<uint64_t, 64> bishop_empty                = make_rays(bishop_steps);
-constexpr std::array<uint64_t, 64> rook_empty                  = make_rays(rook_steps);
-// White's king move clears cflag bits 1 and 2, black's bits 4 and 8.
-constexpr uint32_t king_castle_mask[2] = {0xFFFFFFFCu, 0xFFFFFFF3u};
+static constexpr std::array<std::array<uint64_t, 64>, 16> make_pseudo_attacks() {
+    std::array<std::array<uint64_t, 64>, 16> t{};
+    for (int s = 0; s < 64; ++s) {
+        for (int c = 0; c < 2; ++c) {
+            t[piece_code(c, PAWN)][s]   = pawn_attacks[c][s];
+            t[piece_code(c, KNIGHT)][s] = knight_attacks[s];
+            t[piece_code(c, BISHOP)][s] = bishop_empty[s];
+            t[piece_code(c, ROOK)][s]   = rook_empty[s];
+            t[piece_code(c, QUEEN)][s]  = bishop_empty[s] | rook_empty[s];
+            t[piece_code(c, KING)][s]   = king_attacks[s];
+        }
+    }
+    return t;
+}
 
-uint64_t pseudo_attacks[16][64];
-uint64_t between[64][64];
-uint32_t castle_mask[64];
+// Both empty-board sets contain the line through a and b and its parts beyond either end; the
+// range of square numbers between them cuts the outer parts away.
+static constexpr std::array<std::array<uint64_t, 64>, 64> make_between() {
+    std::array<std::array<uint64_t, 64>, 64> t{};
+    for (int a = 0; a < 64; ++a)
+        for (int b = 0; b < 64; ++b) {
+            const int df = file_of(a) - file_of(b), dr = rank_of(a) - rank_of(b);
+            const uint64_t range = a < b ? square_range(a, b) : square_range(b, a);
+            if (df == 0 || dr == 0)
+                t[a][b] = rook_empty[a] & rook_empty[b] & range;
+            else if (df == dr || df == -dr)
+                t[a][b] = bishop_empty[a] & bishop_empty[b] & range;
+        }
+    return t;
+}
+
+// Moving from or to a corner clears the right of that corner's rook.
+static constexpr std::array<uint32_t, 64> make_castle_mask() {
+    std::array<uint32_t, 64> t{};
+    for (uint32_t& m : t)
+        m = 15;
+    t[A1] = 14;
+    t[H1] = 13;
+    t[A8] = 11;
+    t[H8] = 7;
+    return t;
+}
+
+constexpr std::array<std::array<uint64_t, 64>, 16> pseudo_attacks = make_pseudo_attacks();
+constexpr std::array<std::array<uint64_t, 64>, 64> between        = make_between();
+constexpr std::array<uint32_t, 64> castle_mask                    = make_castle_mask();
+
 MagicEntry rook_magic[64];
 MagicEntry bishop_magic[64];
 
@@ -165,38 +163,6 @@ uint64_t mask_subset(uint64_t index, uint64_t mask) {
 }
 
 void attack_init() {
-    for (uint32_t& m : castle_mask)
-        m = 15;
-    castle_mask[A1] = 14;
-    castle_mask[H1] = 13;
-    castle_mask[A8] = 11;
-    castle_mask[H8] = 7;
-
-    for (int s = 0; s < 64; ++s) {
-        for (int c = 0; c < 2; ++c) {
-            pseudo_attacks[piece_code(c, PAWN)][s]   = pawn_attacks[c][s];
-            pseudo_attacks[piece_code(c, KNIGHT)][s] = knight_attacks[s];
-            pseudo_attacks[piece_code(c, BISHOP)][s] = bishop_empty[s];
-            pseudo_attacks[piece_code(c, ROOK)][s]   = rook_empty[s];
-            pseudo_attacks[piece_code(c, QUEEN)][s]  = bishop_empty[s] | rook_empty[s];
-            pseudo_attacks[piece_code(c, KING)][s]   = king_attacks[s];
-        }
-    }
-
     fill_blocks(bishop_magic, bishop_table, bishop_multipliers, bishop_mask, walk_bishop_attacks);
     fill_blocks(rook_magic, rook_table, rook_multipliers, rook_mask, walk_rook_attacks);
-
-    // Both empty-board sets contain the line through a and b and its parts beyond either end;
-    // the range of square numbers between them cuts the outer parts away.
-    for (int a = 0; a < 64; ++a)
-        for (int b = 0; b < 64; ++b) {
-            const int df = file_of(a) - file_of(b), dr = rank_of(a) - rank_of(b);
-            const uint64_t range = a < b ? square_range(a, b) : square_range(b, a);
-            if (df == 0 || dr == 0)
-                between[a][b] = rook_empty[a] & rook_empty[b] & range;
-            else if (df == dr || df == -dr)
-                between[a][b] = bishop_empty[a] & bishop_empty[b] & range;
-            else
-                between[a][b] = 0;
-        }
 }

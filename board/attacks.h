@@ -1,9 +1,11 @@
 #pragma once
 // Attack tables: leaper tables, empty-board rays, between-squares, castling masks and the magic
-// lookups for sliders (one dense block per square). attack_init fills the non-constant tables once
-// at start-up before any other thread exists; everything here is read-only afterwards.
+// lookups for sliders (one dense block per square). All but the magic lookups are computed at
+// compile time; attack_init fills those once at start-up before any other thread exists, and
+// everything here is read-only afterwards.
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "board/bitboard.h"
@@ -16,20 +18,57 @@ struct MagicEntry {
     uint32_t shift;        // 64 - popcount(mask)
 };
 
-// Constants computed at compile time. pawn_attacks[c][s] also answers "which pawns of colour
-// c ^ 1 attack s" when read backwards.
-extern const std::array<uint64_t, 64> knight_attacks;
-extern const std::array<uint64_t, 64> king_attacks;
-extern const std::array<std::array<uint64_t, 64>, 2> pawn_attacks;
-extern const std::array<uint64_t, 64> bishop_empty;
-extern const std::array<uint64_t, 64> rook_empty;
-// cflag mask applied when the king of a colour moves.
-extern const uint32_t king_castle_mask[2];
+struct Step {
+    int df, dr;
+};
+constexpr std::array<Step, 8> knight_steps = {
+    {{1, 2}, {2, 1}, {2, -1}, {1, -2}, {-1, -2}, {-2, -1}, {-2, 1}, {-1, 2}}};
+constexpr std::array<Step, 8> king_steps = {
+    {{1, 0}, {1, 1}, {0, 1}, {-1, 1}, {-1, 0}, {-1, -1}, {0, -1}, {1, -1}}};
+constexpr std::array<Step, 4> bishop_steps = {{{1, 1}, {-1, 1}, {-1, -1}, {1, -1}}};
+constexpr std::array<Step, 4> rook_steps   = {{{1, 0}, {0, 1}, {-1, 0}, {0, -1}}};
+// A pawn attacks one rank forward; off the board forward means no attacks at all.
+constexpr std::array<Step, 2> white_pawn_steps = {{{-1, 1}, {1, 1}}};
+constexpr std::array<Step, 2> black_pawn_steps = {{{-1, -1}, {1, -1}}};
+
+// One step in each direction: the leapers' tables.
+template <std::size_t N> constexpr std::array<uint64_t, 64> make_leaper(const std::array<Step, N>& steps) {
+    std::array<uint64_t, 64> t{};
+    for (int s = 0; s < 64; ++s)
+        for (const Step& d : steps) {
+            const int f = file_of(s) + d.df, r = rank_of(s) + d.dr;
+            if (on_board(f, r)) t[s] |= bit(f + 8 * r);
+        }
+    return t;
+}
+
+// Every step in each direction up to the edge: the sliders' empty-board rays.
+template <std::size_t N> constexpr std::array<uint64_t, 64> make_rays(const std::array<Step, N>& steps) {
+    std::array<uint64_t, 64> t{};
+    for (int s = 0; s < 64; ++s)
+        for (const Step& d : steps)
+            for (int f = file_of(s) + d.df, r = rank_of(s) + d.dr; on_board(f, r); f += d.df, r += d.dr)
+                t[s] |= bit(f + 8 * r);
+    return t;
+}
+
+// pawn_attacks[c][s] also answers "which pawns of colour c ^ 1 attack s" when read backwards.
+inline constexpr std::array<uint64_t, 64> knight_attacks              = make_leaper(knight_steps);
+inline constexpr std::array<uint64_t, 64> king_attacks                = make_leaper(king_steps);
+inline constexpr std::array<std::array<uint64_t, 64>, 2> pawn_attacks = {make_leaper(white_pawn_steps),
+                                                                         make_leaper(black_pawn_steps)};
+inline constexpr std::array<uint64_t, 64> bishop_empty                = make_rays(bishop_steps);
+inline constexpr std::array<uint64_t, 64> rook_empty                  = make_rays(rook_steps);
+// cflag mask applied when the king of a colour moves: white's clears bits 1 and 2, black's 4 and 8.
+inline constexpr uint32_t king_castle_mask[2] = {0xFFFFFFFCu, 0xFFFFFFF3u};
+
+// Computed at compile time in attacks.cpp. pseudo_attacks by piece code: the empty-board attacks.
+extern const std::array<std::array<uint64_t, 64>, 16> pseudo_attacks;
+extern const std::array<std::array<uint64_t, 64>, 64> between;
+// cflag mask applied when a piece moves from or to a square.
+extern const std::array<uint32_t, 64> castle_mask;
 
 // Filled by attack_init.
-extern uint64_t pseudo_attacks[16][64];
-extern uint64_t between[64][64];
-extern uint32_t castle_mask[64];
 extern MagicEntry rook_magic[64];
 extern MagicEntry bishop_magic[64];
 

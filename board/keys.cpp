@@ -4,7 +4,7 @@
 // castling (white king side, white queen side, black king side, black queen side), en passant by
 // file and the side to move. The same table keys the book, the hash table and the repetitions.
 // clang-format off
-const uint64_t Random64[781] = {
+constexpr uint64_t Random64[781] = {
     0x9D39247E33776D41ULL, 0x2AF7398005AAA5C7ULL, 0x44DB015024623547ULL, 0x9C15F73E62A76AE2ULL,
     0x75834465489C0C89ULL, 0x3290AC3A203001BFULL, 0x0FBBAD1F61042279ULL, 0xE83A908FF2FB60CAULL,
     0x0D7E765D58755C10ULL, 0x1A083822CEAFE02DULL, 0x9605D5F0E25EC3B0ULL, 0xD021FF5CD13A2ED5ULL,
@@ -207,23 +207,21 @@ const uint64_t Random64[781] = {
 // Polyglot kinds: black pawn 0, white pawn 1, black knight 2 ... white king 11.
 const int polyglot_kind[16] = {1, 3, 5, 7, 9, 11, 0, 0, 0, 2, 4, 6, 8, 10, 0, 0};
 
-uint64_t castle_keys[16];
-uint64_t turn_key;
-
 constexpr int CASTLE_KEY_BASE = 768, TURN_KEY_INDEX = 780;
 
-void keys_init() {
-    // cflag bit values 1 (Q), 2 (K), 4 (q), 8 (k) against the book's order K, Q, k, q.
+// cflag bit values 1 (Q), 2 (K), 4 (q), 8 (k) against the book's order K, Q, k, q.
+static constexpr std::array<uint64_t, 16> make_castle_keys() {
     const uint64_t by_bit[4] = {Random64[CASTLE_KEY_BASE + 1], Random64[CASTLE_KEY_BASE + 0],
                                 Random64[CASTLE_KEY_BASE + 3], Random64[CASTLE_KEY_BASE + 2]};
-    for (int f = 0; f < 16; ++f) {
-        uint64_t k = 0;
+    std::array<uint64_t, 16> t{};
+    for (int f = 0; f < 16; ++f)
         for (int b = 0; b < 4; ++b)
-            if (f & (1 << b)) k ^= by_bit[b];
-        castle_keys[f] = k;
-    }
-    turn_key = Random64[TURN_KEY_INDEX];
+            if (f & (1 << b)) t[f] ^= by_bit[b];
+    return t;
 }
+
+constexpr std::array<uint64_t, 16> castle_keys = make_castle_keys();
+constexpr uint64_t turn_key                    = Random64[TURN_KEY_INDEX];
 
 uint64_t full_key(Position& p) {
     uint64_t k = 0;

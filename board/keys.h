@@ -1,14 +1,16 @@
 #pragma once
 // Position keys: the 781 Polyglot Random64 numbers, so the engine's key is also the book key.
-// castle_keys and turn_key are process-wide and only rewritten (with the same values) between searches.
+// All of it is computed at compile time.
 
+#include <array>
 #include <cstdint>
 
 #include "board/types.h"
 
 extern const uint64_t Random64[781];
-extern uint64_t castle_keys[16];
-extern uint64_t turn_key;
+// By cflag: the keys of the rights it holds, combined.
+extern const std::array<uint64_t, 16> castle_keys;
+extern const uint64_t turn_key;
 
 // Polyglot piece kind by piece code (codes without a piece map to 0 and are never looked up).
 extern const int polyglot_kind[16];
@@ -31,6 +33,7 @@ inline bool ep_capturable(const Position& p, int e) {
            (e >= 41 && e <= 47 && p.board[e - 9] == white_pawn);
 }
 
-void keys_init();               // fills castle_keys and turn_key
+// Nothing is left to fill: kept only until start-up stops calling it.
+inline void keys_init() {}
 uint64_t full_key(Position& p); // also normalises epsq to 64 when no capture is possible
 void pawn_key(Position& p);     // stores the pawns-and-kings key in p.pawnkey

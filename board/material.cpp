@@ -1,11 +1,9 @@
 #include "board/material.h"
 
-#include <cstring>
-
 // Square values by type as White sees the board: row 0 is rank 8, so a white piece reads index
 // square ^ 56 and a black piece reads the square itself (the tables flip top to bottom only).
 // clang-format off
-const int32_t pst_mg_base[6][64] = {
+constexpr int32_t pst_mg_base[6][64] = {
     // pawn
     {
           0,   0,   0,   0,   0,   0,   0,   0, // rank 8
@@ -73,7 +71,7 @@ const int32_t pst_mg_base[6][64] = {
           5,  10,   0, -15,  -5, -15,  20,   5, // rank 1
     },
 };
-const int32_t pst_eg_base[6][64] = {
+constexpr int32_t pst_eg_base[6][64] = {
     // pawn
     {
           0,   0,   0,   0,   0,   0,   0,   0, // rank 8
@@ -143,22 +141,22 @@ const int32_t pst_eg_base[6][64] = {
 };
 // clang-format on
 
-int32_t pst_mg[16][64];
-int32_t pst_eg[16][64];
-
-void pst_tables_init() {
-    std::memset(pst_mg, 0, sizeof pst_mg);
-    std::memset(pst_eg, 0, sizeof pst_eg);
-    for (int t = PAWN; t <= KING; ++t)
+// A white piece reads its base value at the square mirrored top to bottom, a black piece at the
+// square itself; the codes that name no piece stay zero.
+static constexpr PstTable make_pst(const int32_t (&base)[6][64], const int (&adjust)[6]) {
+    PstTable t{};
+    for (int type = PAWN; type <= KING; ++type)
         for (int a = 0; a < 64; ++a) {
-            const int32_t mgv                    = pst_mg_base[t][a] + piece_value[t] + mg_adjust[t];
-            const int32_t egv                    = pst_eg_base[t][a] + piece_value[t];
-            pst_mg[piece_code(WHITE, t)][a ^ 56] = mgv;
-            pst_eg[piece_code(WHITE, t)][a ^ 56] = egv;
-            pst_mg[piece_code(BLACK, t)][a]      = mgv;
-            pst_eg[piece_code(BLACK, t)][a]      = egv;
+            const int32_t v                    = base[type][a] + piece_value[type] + adjust[type];
+            t[piece_code(WHITE, type)][a ^ 56] = v;
+            t[piece_code(BLACK, type)][a]      = v;
         }
+    return t;
 }
+
+static constexpr int no_adjust[6] = {0, 0, 0, 0, 0, 0};
+constexpr PstTable pst_mg         = make_pst(pst_mg_base, mg_adjust);
+constexpr PstTable pst_eg         = make_pst(pst_eg_base, no_adjust);
 
 void material_init(Position& p) {
     int mg[2] = {0, 0}, eg[2] = {0, 0};

@@ -1,8 +1,9 @@
 #pragma once
 // Material and square values: what make-move adds up incrementally into a position's middle-game
-// and end-game sums (mg, eg), White minus Black. The tables by piece code are filled once at
-// start-up from the piece values and the base square tables, read-only after.
+// and end-game sums (mg, eg), White minus Black. The tables by piece code are computed at compile
+// time from the piece values and the base square tables.
 
+#include <array>
 #include <cstdint>
 
 #include "board/types.h"
@@ -16,9 +17,12 @@ constexpr int CASTLE_BONUS = 20;
 extern const int32_t pst_mg_base[6][64];
 extern const int32_t pst_eg_base[6][64];
 
-extern int32_t pst_mg[16][64];
-extern int32_t pst_eg[16][64];
+// Piece value plus square value, by piece code and square; computed at compile time.
+using PstTable = std::array<std::array<int32_t, 64>, 16>;
+extern const PstTable pst_mg;
+extern const PstTable pst_eg;
 
-void pst_tables_init(); // pst_mg, pst_eg
+// Nothing is left to fill: kept only until start-up stops calling it.
+inline void pst_tables_init() {}
 // Recomputes the position's mg and eg from scratch.
 void material_init(Position& p);

@@ -1,17 +1,10 @@
 #include "eval/tables.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 
 #include "board/attacks.h"
 
-uint64_t king_zone[64];
-uint8_t distance[64][64];
-uint64_t passed_mask[2][64];
-uint64_t front_span[2][64];
-uint64_t pawn_neighbours[2][64];
-uint64_t adjacent_files[8];
 int32_t pst_display_mg[16];
 int32_t pst_display_eg[16];
 
@@ -19,18 +12,25 @@ constexpr int MAX_DISTANCE = 5;
 
 // A king on the edge rank is also guarded from the rank inward, and a corner king counts the zone
 // of its neighbour on the same rank.
-static void king_zones_init() {
+static constexpr std::array<uint64_t, 64> make_king_zone() {
+    std::array<uint64_t, 64> z{};
     for (int s = 0; s < 64; ++s) {
-        king_zone[s] = bit(s) | king_attacks[s];
-        if (rank_of(s) == 0 || rank_of(s) == 7) king_zone[s] |= king_attacks[s ^ 8];
+        z[s] = bit(s) | king_attacks[s];
+        if (rank_of(s) == 0 || rank_of(s) == 7) z[s] |= king_attacks[s ^ 8];
     }
-    king_zone[A1] = king_zone[B1];
-    king_zone[H1] = king_zone[G1];
-    king_zone[A8] = king_zone[B8];
-    king_zone[H8] = king_zone[G8];
+    z[A1] = z[B1];
+    z[H1] = z[G1];
+    z[A8] = z[B8];
+    z[H8] = z[G8];
+    return z;
 }
 
-void pawn_masks_init() {
+struct PawnMasks {
+    ColourSquareMasks passed, span, neighbours;
+};
+
+static constexpr PawnMasks make_pawn_masks() {
+    PawnMasks m{};
     for (int c = WHITE; c <= BLACK; ++c) {
         const int d = c == WHITE ? 1 : -1;
         for (int s = 0; s < 64; ++s) {
@@ -45,23 +45,38 @@ void pawn_masks_init() {
             for (int df = -1; df <= 1; df += 2)
                 for (int rr : {r, r - d})
                     if (on_board(f + df, rr)) neighbours |= bit(f + df + 8 * rr);
-            passed_mask[c][s]     = passed;
-            front_span[c][s]      = span;
-            pawn_neighbours[c][s] = neighbours;
+            m.passed[c][s]     = passed;
+            m.span[c][s]       = span;
+            m.neighbours[c][s] = neighbours;
         }
     }
-    for (int s = 0; s < 64; ++s)
-        for (int t = 0; t < 64; ++t) {
-            const int df = std::abs(file_of(s) - file_of(t)), dr = std::abs(rank_of(s) - rank_of(t));
-            distance[s][t] = static_cast<uint8_t>(std::min(std::max(df, dr), MAX_DISTANCE));
-        }
-    king_zones_init();
+    return m;
 }
 
-void adjacent_files_init() {
-    for (int f = 0; f < 8; ++f)
-        adjacent_files[f] = (f > 0 ? file_mask(f - 1) : 0) | (f < 7 ? file_mask(f + 1) : 0);
+static constexpr std::array<std::array<uint8_t, 64>, 64> make_distance() {
+    std::array<std::array<uint8_t, 64>, 64> d{};
+    for (int s = 0; s < 64; ++s)
+        for (int t = 0; t < 64; ++t) {
+            const int df = file_of(s) - file_of(t), dr = rank_of(s) - rank_of(t);
+            d[s][t] = static_cast<uint8_t>(std::min(std::max({df, -df, dr, -dr}), MAX_DISTANCE));
+        }
+    return d;
 }
+
+static constexpr std::array<uint64_t, 8> make_adjacent_files() {
+    std::array<uint64_t, 8> a{};
+    for (int f = 0; f < 8; ++f)
+        a[f] = (f > 0 ? file_mask(f - 1) : 0) | (f < 7 ? file_mask(f + 1) : 0);
+    return a;
+}
+
+static constexpr PawnMasks pawn_masks                      = make_pawn_masks();
+constexpr std::array<uint64_t, 64> king_zone               = make_king_zone();
+constexpr std::array<std::array<uint8_t, 64>, 64> distance = make_distance();
+constexpr ColourSquareMasks passed_mask                    = pawn_masks.passed;
+constexpr ColourSquareMasks front_span                     = pawn_masks.span;
+constexpr ColourSquareMasks pawn_neighbours                = pawn_masks.neighbours;
+constexpr std::array<uint64_t, 8> adjacent_files           = make_adjacent_files();
 
 void pst_init(Position& p) {
     material_init(p);

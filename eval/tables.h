@@ -1,8 +1,9 @@
 #pragma once
 // Evaluation tables: king zones, distances, pawn masks, and the report's display of the square
-// values (the material and square tables themselves are board/material.h). Filled once at
-// start-up, read-only after.
+// values (the material and square tables themselves are board/material.h). All but the display
+// arrays are computed at compile time; pst_init fills those from a position.
 
+#include <array>
 #include <cstdint>
 
 #include "board/bitboard.h"
@@ -14,18 +15,24 @@ constexpr int connected_mg[8]      = {0, 10, 15, 25, 40, 65, 110, 0};
 constexpr int connected_eg[8]      = {0, 5, 5, 10, 25, 60, 110, 0};
 constexpr int king_safety_scale[8] = {0, 1, 7, 12, 16, 18, 20, 22};
 
-extern uint64_t king_zone[64];
-extern uint8_t distance[64][64];
-extern uint64_t passed_mask[2][64];
-extern uint64_t front_span[2][64];
-extern uint64_t pawn_neighbours[2][64];
-extern uint64_t adjacent_files[8];
+// Computed at compile time.
+using ColourSquareMasks = std::array<std::array<uint64_t, 64>, 2>;
+extern const std::array<uint64_t, 64> king_zone;
+// King distance, capped at 5.
+extern const std::array<std::array<uint8_t, 64>, 64> distance;
+// Squares ahead of a pawn of colour c on its own and the neighbouring files; ahead on its own file
+// only; beside it and diagonally behind it.
+extern const ColourSquareMasks passed_mask;
+extern const ColourSquareMasks front_span;
+extern const ColourSquareMasks pawn_neighbours;
+extern const std::array<uint64_t, 8> adjacent_files;
 
 // Display arrays of the evaluation report, filled by pst_init (per piece code).
 extern int32_t pst_display_mg[16];
 extern int32_t pst_display_eg[16];
 
-void pawn_masks_init(); // passed_mask, front_span, pawn_neighbours, distance, king_zone
-void adjacent_files_init();
+// Nothing is left to fill: kept only until start-up stops calling them.
+inline void pawn_masks_init() {}
+inline void adjacent_files_init() {}
 // Recomputes mg and eg from scratch and fills the evaluation report's display arrays.
 void pst_init(Position& p);

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 
 #include "board/makemove.h"
@@ -11,16 +10,24 @@
 #include "search/threads.h"
 #include "search/tt.h"
 
-int lmr_table[LMR_DEPTHS][LMR_MOVES];
-
-// The reduction grows with the square root of depth times moves searched, an eighth of it.
-void lmr_init() {
-    for (int d = 0; d < LMR_DEPTHS; ++d) {
-        lmr_table[d][0] = 0;
-        for (int k = 1; k < LMR_MOVES; ++k)
-            lmr_table[d][k] = static_cast<int>(std::sqrt(static_cast<double>((k * d) >> 3)));
-    }
+// The whole square root of n.
+static constexpr int int_sqrt(int n) {
+    int r = 0;
+    while ((r + 1) * (r + 1) <= n)
+        ++r;
+    return r;
 }
+
+// The reduction grows with the square root of an eighth of depth times moves searched.
+static constexpr LmrTable make_lmr_table() {
+    LmrTable t{};
+    for (int d = 0; d < LMR_DEPTHS; ++d)
+        for (int k = 1; k < LMR_MOVES; ++k)
+            t[d][k] = int_sqrt((k * d) >> 3);
+    return t;
+}
+
+constexpr LmrTable lmr_table = make_lmr_table();
 
 static constexpr int LAST_TIME_SLOT = 9;
 // Aspiration: full window for the first depths, then a narrow one around the last score.

@@ -4,6 +4,7 @@
 // thread's record, except the table (lock-free) and what thread 0 publishes in sc.
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstdint>
 
@@ -38,12 +39,14 @@ inline bool outside_mate_range(int s) {
 // Thread 0 at a principal-variation node: row ply becomes m followed by row ply + 1.
 void update_pv(int ply, Move m);
 
-// Reductions by depth and number of moves searched; filled once by lmr_init at start-up.
+// Reductions by depth and number of moves searched; computed at compile time.
 constexpr int LMR_DEPTHS = MAX_DEPTH + 1, LMR_MOVES = 384;
-extern int lmr_table[LMR_DEPTHS][LMR_MOVES];
+using LmrTable = std::array<std::array<int, LMR_MOVES>, LMR_DEPTHS>;
+extern const LmrTable lmr_table;
 // Quiet moves searched before the rest are dropped, by improving and depth.
 extern const int lmp_table[2][11];
-void lmr_init();
+// Nothing is left to fill: kept only until start-up stops calling it.
+inline void lmr_init() {}
 
 int qsearch(SearchThread& t, int pv, int alpha, int beta, int depth, int ply);
 int search(SearchThread& t, int pv, int alpha, int beta, int depth, int ply, int prune, Move excluded);
