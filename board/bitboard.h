@@ -11,6 +11,13 @@ constexpr bool on_board(int file, int rank) {
     return file >= 0 && file < 8 && rank >= 0 && rank < 8;
 }
 
+// King steps from a to b.
+constexpr int square_distance(int a, int b) {
+    const int df = file_of(a) - file_of(b), dr = rank_of(a) - rank_of(b);
+    const int f = df < 0 ? -df : df, r = dr < 0 ? -dr : dr;
+    return f > r ? f : r;
+}
+
 constexpr uint64_t rank_mask(int rank) {
     return 0xFFULL << (8 * rank);
 }

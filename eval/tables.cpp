@@ -56,10 +56,8 @@ static constexpr PawnMasks make_pawn_masks() {
 static constexpr std::array<std::array<uint8_t, 64>, 64> make_distance() {
     std::array<std::array<uint8_t, 64>, 64> d{};
     for (int s = 0; s < 64; ++s)
-        for (int t = 0; t < 64; ++t) {
-            const int df = file_of(s) - file_of(t), dr = rank_of(s) - rank_of(t);
-            d[s][t] = static_cast<uint8_t>(std::min(std::max({df, -df, dr, -dr}), MAX_DISTANCE));
-        }
+        for (int t = 0; t < 64; ++t)
+            d[s][t] = static_cast<uint8_t>(std::min(square_distance(s, t), MAX_DISTANCE));
     return d;
 }
 
