@@ -10,20 +10,19 @@
 #include "search/threads.h"
 #include "search/tt.h"
 
-// The whole square root of n.
-static constexpr int int_sqrt(int n) {
-    int r = 0;
-    while ((r + 1) * (r + 1) <= n)
-        ++r;
-    return r;
-}
-
-// The reduction grows with the square root of an eighth of depth times moves searched.
+// The reduction grows with the whole square root of an eighth of depth times moves searched. The
+// radicand grows with the move count, so along a row the root only ever steps up.
 static constexpr LmrTable make_lmr_table() {
     LmrTable t{};
-    for (int d = 0; d < LMR_DEPTHS; ++d)
-        for (int k = 1; k < LMR_MOVES; ++k)
-            t[d][k] = int_sqrt((k * d) >> 3);
+    for (int d = 0; d < LMR_DEPTHS; ++d) {
+        int root = 0;
+        for (int k = 1; k < LMR_MOVES; ++k) {
+            const int n = (k * d) >> 3;
+            while ((root + 1) * (root + 1) <= n)
+                ++root;
+            t[d][k] = root;
+        }
+    }
     return t;
 }
 
