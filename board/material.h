@@ -22,7 +22,5 @@ using PstTable = std::array<std::array<int32_t, 64>, 16>;
 extern const PstTable pst_mg;
 extern const PstTable pst_eg;
 
-// Nothing is left to fill: kept only until start-up stops calling it.
-inline void pst_tables_init() {}
 // Recomputes the position's mg and eg from scratch.
 void material_init(Position& p);

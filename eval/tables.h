@@ -31,8 +31,5 @@ extern const std::array<uint64_t, 8> adjacent_files;
 extern int32_t pst_display_mg[16];
 extern int32_t pst_display_eg[16];
 
-// Nothing is left to fill: kept only until start-up stops calling them.
-inline void pawn_masks_init() {}
-inline void adjacent_files_init() {}
 // Recomputes mg and eg from scratch and fills the evaluation report's display arrays.
 void pst_init(Position& p);

@@ -1,16 +1,8 @@
 #include "search/init.h"
 
 #include "board/attacks.h"
-#include "board/keys.h"
-#include "board/material.h"
-#include "eval/tables.h"
-#include "search/search.h"
 
+// Every other table of board/, eval/ and search/ is computed at compile time.
 void tables_init() {
     attack_init();
-    keys_init();
-    pst_tables_init();
-    pawn_masks_init();
-    adjacent_files_init();
-    lmr_init();
 }

@@ -1,6 +1,6 @@
 #pragma once
-// The process-wide tables that are computed rather than written out, filled once, layer by layer,
-// before any position exists or any thread runs. Start-up, the benchmarks, the fuzz targets and
-// the tests all begin here, so they cannot disagree about what is ready.
+// The process-wide tables too large to compute at compile time (the sliders' magic lookups),
+// filled once before any position exists or any thread runs. Start-up, the benchmarks, the fuzz
+// targets and the tests all begin here, so they cannot disagree about what is ready.
 
 void tables_init();

@@ -45,8 +45,6 @@ using LmrTable = std::array<std::array<int, LMR_MOVES>, LMR_DEPTHS>;
 extern const LmrTable lmr_table;
 // Quiet moves searched before the rest are dropped, by improving and depth.
 extern const int lmp_table[2][11];
-// Nothing is left to fill: kept only until start-up stops calling it.
-inline void lmr_init() {}
 
 int qsearch(SearchThread& t, int pv, int alpha, int beta, int depth, int ply);
 int search(SearchThread& t, int pv, int alpha, int beta, int depth, int ply, int prune, Move excluded);
