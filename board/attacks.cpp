@@ -43,16 +43,16 @@ static constexpr uint64_t square_range(int lo, int hi) {
     return (bit(hi) - 1) & ~(bit(lo) - 1);
 }
 
-static constexpr std::array<std::array<uint64_t, 64>, 16> make_pseudo_attacks() {
-    std::array<std::array<uint64_t, 64>, 16> t{};
+static constexpr Table<uint64_t[16][64]> make_pseudo_attacks() {
+    Table<uint64_t[16][64]> t{};
     for (int s = 0; s < 64; ++s) {
         for (int c = 0; c < 2; ++c) {
-            t[piece_code(c, PAWN)][s]   = pawn_attacks[c][s];
-            t[piece_code(c, KNIGHT)][s] = knight_attacks[s];
-            t[piece_code(c, BISHOP)][s] = bishop_empty[s];
-            t[piece_code(c, ROOK)][s]   = rook_empty[s];
-            t[piece_code(c, QUEEN)][s]  = bishop_empty[s] | rook_empty[s];
-            t[piece_code(c, KING)][s]   = king_attacks[s];
+            t.at[piece_code(c, PAWN)][s]   = pawn_attacks[c][s];
+            t.at[piece_code(c, KNIGHT)][s] = knight_attacks[s];
+            t.at[piece_code(c, BISHOP)][s] = bishop_empty[s];
+            t.at[piece_code(c, ROOK)][s]   = rook_empty[s];
+            t.at[piece_code(c, QUEEN)][s]  = bishop_empty[s] | rook_empty[s];
+            t.at[piece_code(c, KING)][s]   = king_attacks[s];
         }
     }
     return t;
@@ -60,35 +60,35 @@ static constexpr std::array<std::array<uint64_t, 64>, 16> make_pseudo_attacks() 
 
 // Both empty-board sets contain the line through a and b and its parts beyond either end; the
 // range of square numbers between them cuts the outer parts away.
-static constexpr std::array<std::array<uint64_t, 64>, 64> make_between() {
-    std::array<std::array<uint64_t, 64>, 64> t{};
+static constexpr Table<uint64_t[64][64]> make_between() {
+    Table<uint64_t[64][64]> t{};
     for (int a = 0; a < 64; ++a)
         for (int b = 0; b < 64; ++b) {
             const int df = file_of(a) - file_of(b), dr = rank_of(a) - rank_of(b);
             const uint64_t range = a < b ? square_range(a, b) : square_range(b, a);
             if (df == 0 || dr == 0)
-                t[a][b] = rook_empty[a] & rook_empty[b] & range;
+                t.at[a][b] = rook_empty[a] & rook_empty[b] & range;
             else if (df == dr || df == -dr)
-                t[a][b] = bishop_empty[a] & bishop_empty[b] & range;
+                t.at[a][b] = bishop_empty[a] & bishop_empty[b] & range;
         }
     return t;
 }
 
 // Moving from or to a corner clears the right of that corner's rook.
-static constexpr std::array<uint32_t, 64> make_castle_mask() {
-    std::array<uint32_t, 64> t{};
-    for (uint32_t& m : t)
+static constexpr Table<uint32_t[64]> make_castle_mask() {
+    Table<uint32_t[64]> t{};
+    for (uint32_t& m : t.at)
         m = 15;
-    t[A1] = 14;
-    t[H1] = 13;
-    t[A8] = 11;
-    t[H8] = 7;
+    t.at[A1] = 14;
+    t.at[H1] = 13;
+    t.at[A8] = 11;
+    t.at[H8] = 7;
     return t;
 }
 
-constexpr std::array<std::array<uint64_t, 64>, 16> pseudo_attacks = make_pseudo_attacks();
-constexpr std::array<std::array<uint64_t, 64>, 64> between        = make_between();
-constexpr std::array<uint32_t, 64> castle_mask                    = make_castle_mask();
+constexpr Table<uint64_t[16][64]> pseudo_attacks_table = make_pseudo_attacks();
+constexpr Table<uint64_t[64][64]> between_table        = make_between();
+constexpr Table<uint32_t[64]> castle_mask_table        = make_castle_mask();
 
 MagicEntry rook_magic[64];
 MagicEntry bishop_magic[64];

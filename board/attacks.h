@@ -63,10 +63,13 @@ inline constexpr std::array<uint64_t, 64> rook_empty                  = make_ray
 inline constexpr uint32_t king_castle_mask[2] = {0xFFFFFFFCu, 0xFFFFFFF3u};
 
 // Computed at compile time in attacks.cpp. pseudo_attacks by piece code: the empty-board attacks.
-extern const std::array<std::array<uint64_t, 64>, 16> pseudo_attacks;
-extern const std::array<std::array<uint64_t, 64>, 64> between;
+extern const Table<uint64_t[16][64]> pseudo_attacks_table;
+extern const Table<uint64_t[64][64]> between_table;
 // cflag mask applied when a piece moves from or to a square.
-extern const std::array<uint32_t, 64> castle_mask;
+extern const Table<uint32_t[64]> castle_mask_table;
+inline constexpr auto& pseudo_attacks = pseudo_attacks_table.at;
+inline constexpr auto& between        = between_table.at;
+inline constexpr auto& castle_mask    = castle_mask_table.at;
 
 // Filled by attack_init.
 extern MagicEntry rook_magic[64];

@@ -21,8 +21,12 @@ constexpr int square_distance(int a, int b) {
 constexpr uint64_t rank_mask(int rank) {
     return 0xFFULL << (8 * rank);
 }
+// By file. The evaluation reads them in its loops, where a table read is cheaper than the shift.
+inline constexpr uint64_t file_masks[8] = {
+    0x0101010101010101ULL, 0x0202020202020202ULL, 0x0404040404040404ULL, 0x0808080808080808ULL,
+    0x1010101010101010ULL, 0x2020202020202020ULL, 0x4040404040404040ULL, 0x8080808080808080ULL};
 constexpr uint64_t file_mask(int file) {
-    return 0x0101010101010101ULL << file;
+    return file_masks[file];
 }
 constexpr uint64_t RANK_1 = rank_mask(0), RANK_8 = rank_mask(7);
 constexpr uint64_t FILE_A = file_mask(0), FILE_H = file_mask(7);

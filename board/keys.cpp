@@ -210,18 +210,18 @@ const int polyglot_kind[16] = {1, 3, 5, 7, 9, 11, 0, 0, 0, 2, 4, 6, 8, 10, 0, 0}
 constexpr int CASTLE_KEY_BASE = 768, TURN_KEY_INDEX = 780;
 
 // cflag bit values 1 (Q), 2 (K), 4 (q), 8 (k) against the book's order K, Q, k, q.
-static constexpr std::array<uint64_t, 16> make_castle_keys() {
+static constexpr Table<uint64_t[16]> make_castle_keys() {
     const uint64_t by_bit[4] = {Random64[CASTLE_KEY_BASE + 1], Random64[CASTLE_KEY_BASE + 0],
                                 Random64[CASTLE_KEY_BASE + 3], Random64[CASTLE_KEY_BASE + 2]};
-    std::array<uint64_t, 16> t{};
+    Table<uint64_t[16]> t{};
     for (int f = 0; f < 16; ++f)
         for (int b = 0; b < 4; ++b)
-            if (f & (1 << b)) t[f] ^= by_bit[b];
+            if (f & (1 << b)) t.at[f] ^= by_bit[b];
     return t;
 }
 
-constexpr std::array<uint64_t, 16> castle_keys = make_castle_keys();
-constexpr uint64_t turn_key                    = Random64[TURN_KEY_INDEX];
+constexpr Table<uint64_t[16]> castle_keys_table = make_castle_keys();
+constexpr uint64_t turn_key                     = Random64[TURN_KEY_INDEX];
 
 uint64_t full_key(Position& p) {
     uint64_t k = 0;

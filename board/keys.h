@@ -2,14 +2,14 @@
 // Position keys: the 781 Polyglot Random64 numbers, so the engine's key is also the book key.
 // All of it is computed at compile time.
 
-#include <array>
 #include <cstdint>
 
 #include "board/types.h"
 
 extern const uint64_t Random64[781];
 // By cflag: the keys of the rights it holds, combined.
-extern const std::array<uint64_t, 16> castle_keys;
+extern const Table<uint64_t[16]> castle_keys_table;
+inline constexpr auto& castle_keys = castle_keys_table.at;
 extern const uint64_t turn_key;
 
 // Polyglot piece kind by piece code (codes without a piece map to 0 and are never looked up).

@@ -147,16 +147,16 @@ static constexpr PstTable make_pst(const int32_t (&base)[6][64], const int (&adj
     PstTable t{};
     for (int type = PAWN; type <= KING; ++type)
         for (int a = 0; a < 64; ++a) {
-            const int32_t v                    = base[type][a] + piece_value[type] + adjust[type];
-            t[piece_code(WHITE, type)][a ^ 56] = v;
-            t[piece_code(BLACK, type)][a]      = v;
+            const int32_t v                       = base[type][a] + piece_value[type] + adjust[type];
+            t.at[piece_code(WHITE, type)][a ^ 56] = v;
+            t.at[piece_code(BLACK, type)][a]      = v;
         }
     return t;
 }
 
 static constexpr int no_adjust[6] = {0, 0, 0, 0, 0, 0};
-constexpr PstTable pst_mg         = make_pst(pst_mg_base, mg_adjust);
-constexpr PstTable pst_eg         = make_pst(pst_eg_base, no_adjust);
+constexpr PstTable pst_mg_table   = make_pst(pst_mg_base, mg_adjust);
+constexpr PstTable pst_eg_table   = make_pst(pst_eg_base, no_adjust);
 
 void material_init(Position& p) {
     int mg[2] = {0, 0}, eg[2] = {0, 0};

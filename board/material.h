@@ -3,7 +3,6 @@
 // and end-game sums (mg, eg), White minus Black. The tables by piece code are computed at compile
 // time from the piece values and the base square tables.
 
-#include <array>
 #include <cstdint>
 
 #include "board/types.h"
@@ -18,9 +17,11 @@ extern const int32_t pst_mg_base[6][64];
 extern const int32_t pst_eg_base[6][64];
 
 // Piece value plus square value, by piece code and square; computed at compile time.
-using PstTable = std::array<std::array<int32_t, 64>, 16>;
-extern const PstTable pst_mg;
-extern const PstTable pst_eg;
+using PstTable = Table<int32_t[16][64]>;
+extern const PstTable pst_mg_table;
+extern const PstTable pst_eg_table;
+inline constexpr auto& pst_mg = pst_mg_table.at;
+inline constexpr auto& pst_eg = pst_eg_table.at;
 
 // Recomputes the position's mg and eg from scratch.
 void material_init(Position& p);

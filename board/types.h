@@ -37,6 +37,12 @@ constexpr uint64_t bit(int sq) {
     return 1ULL << sq;
 }
 
+// A table computed at compile time. A constexpr function cannot return a plain array, so it fills
+// and returns this record; readers index the plain array inside through a reference named like the
+// table, which compiles to the same loads as any other plain table (std::array indexing does not
+// always: it cost make-move and the perft leaves a few instructions).
+template <typename Array> struct Table { Array at; };
+
 // The search never goes deeper than ply 120 nor iterates beyond depth 99.
 constexpr int MAX_PLY     = 120;
 constexpr int STACK_SIZE  = 128;

@@ -12,8 +12,9 @@ constexpr int MAX_DISTANCE = 5;
 
 // A king on the edge rank is also guarded from the rank inward, and a corner king counts the zone
 // of its neighbour on the same rank.
-static constexpr std::array<uint64_t, 64> make_king_zone() {
-    std::array<uint64_t, 64> z{};
+static constexpr Table<uint64_t[64]> make_king_zone() {
+    Table<uint64_t[64]> t{};
+    auto& z = t.at;
     for (int s = 0; s < 64; ++s) {
         z[s] = bit(s) | king_attacks[s];
         if (rank_of(s) == 0 || rank_of(s) == 7) z[s] |= king_attacks[s ^ 8];
@@ -22,7 +23,7 @@ static constexpr std::array<uint64_t, 64> make_king_zone() {
     z[H1] = z[G1];
     z[A8] = z[B8];
     z[H8] = z[G8];
-    return z;
+    return t;
 }
 
 struct PawnMasks {
@@ -45,36 +46,36 @@ static constexpr PawnMasks make_pawn_masks() {
             for (int df = -1; df <= 1; df += 2)
                 for (int rr : {r, r - d})
                     if (on_board(f + df, rr)) neighbours |= bit(f + df + 8 * rr);
-            m.passed[c][s]     = passed;
-            m.span[c][s]       = span;
-            m.neighbours[c][s] = neighbours;
+            m.passed.at[c][s]     = passed;
+            m.span.at[c][s]       = span;
+            m.neighbours.at[c][s] = neighbours;
         }
     }
     return m;
 }
 
-static constexpr std::array<std::array<uint8_t, 64>, 64> make_distance() {
-    std::array<std::array<uint8_t, 64>, 64> d{};
+static constexpr Table<uint8_t[64][64]> make_distance() {
+    Table<uint8_t[64][64]> d{};
     for (int s = 0; s < 64; ++s)
         for (int t = 0; t < 64; ++t)
-            d[s][t] = static_cast<uint8_t>(std::min(square_distance(s, t), MAX_DISTANCE));
+            d.at[s][t] = static_cast<uint8_t>(std::min(square_distance(s, t), MAX_DISTANCE));
     return d;
 }
 
-static constexpr std::array<uint64_t, 8> make_adjacent_files() {
-    std::array<uint64_t, 8> a{};
+static constexpr Table<uint64_t[8]> make_adjacent_files() {
+    Table<uint64_t[8]> a{};
     for (int f = 0; f < 8; ++f)
-        a[f] = (f > 0 ? file_mask(f - 1) : 0) | (f < 7 ? file_mask(f + 1) : 0);
+        a.at[f] = (f > 0 ? file_mask(f - 1) : 0) | (f < 7 ? file_mask(f + 1) : 0);
     return a;
 }
 
-static constexpr PawnMasks pawn_masks                      = make_pawn_masks();
-constexpr std::array<uint64_t, 64> king_zone               = make_king_zone();
-constexpr std::array<std::array<uint8_t, 64>, 64> distance = make_distance();
-constexpr ColourSquareMasks passed_mask                    = pawn_masks.passed;
-constexpr ColourSquareMasks front_span                     = pawn_masks.span;
-constexpr ColourSquareMasks pawn_neighbours                = pawn_masks.neighbours;
-constexpr std::array<uint64_t, 8> adjacent_files           = make_adjacent_files();
+static constexpr PawnMasks pawn_masks             = make_pawn_masks();
+constexpr Table<uint64_t[64]> king_zone_table     = make_king_zone();
+constexpr Table<uint8_t[64][64]> distance_table   = make_distance();
+constexpr ColourSquareMasks passed_mask_table     = pawn_masks.passed;
+constexpr ColourSquareMasks front_span_table      = pawn_masks.span;
+constexpr ColourSquareMasks pawn_neighbours_table = pawn_masks.neighbours;
+constexpr Table<uint64_t[8]> adjacent_files_table = make_adjacent_files();
 
 void pst_init(Position& p) {
     material_init(p);

@@ -20,13 +20,13 @@ static constexpr LmrTable make_lmr_table() {
             const int n = (k * d) >> 3;
             while ((root + 1) * (root + 1) <= n)
                 ++root;
-            t[d][k] = root;
+            t.at[d][k] = root;
         }
     }
     return t;
 }
 
-constexpr LmrTable lmr_table = make_lmr_table();
+constexpr LmrTable lmr_table_data = make_lmr_table();
 
 static constexpr int LAST_TIME_SLOT = 9;
 // Aspiration: full window for the first depths, then a narrow one around the last score.

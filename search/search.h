@@ -4,7 +4,6 @@
 // thread's record, except the table (lock-free) and what thread 0 publishes in sc.
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <cstdint>
 
@@ -41,8 +40,9 @@ void update_pv(int ply, Move m);
 
 // Reductions by depth and number of moves searched; computed at compile time.
 constexpr int LMR_DEPTHS = MAX_DEPTH + 1, LMR_MOVES = 384;
-using LmrTable = std::array<std::array<int, LMR_MOVES>, LMR_DEPTHS>;
-extern const LmrTable lmr_table;
+using LmrTable = Table<int[LMR_DEPTHS][LMR_MOVES]>;
+extern const LmrTable lmr_table_data;
+inline constexpr auto& lmr_table = lmr_table_data.at;
 // Quiet moves searched before the rest are dropped, by improving and depth.
 extern const int lmp_table[2][11];
 
