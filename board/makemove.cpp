@@ -218,7 +218,7 @@ uint64_t king_danger(const Position& p) {
     const uint64_t theirs = p.colour_bb[them];
     const uint64_t occ    = (p.colour_bb[us] | theirs) & ~bit(king_square(p, us));
     const uint64_t pawns  = theirs & p.type_bb[PAWN];
-    uint64_t danger       = king_attacks[king_square(p, them)] | pawn_attack_set(them, pawns);
+    uint64_t danger       = pawn_attack_set(them, pawns) | king_attacks[king_square(p, them)];
     for (uint64_t b = theirs & p.type_bb[KNIGHT]; b;)
         danger |= knight_attacks[pop_lsb(b)];
     for (uint64_t b = diagonal_sliders(p, them); b;)
