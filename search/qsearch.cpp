@@ -45,27 +45,27 @@ int qsearch(SearchThread& t, int pv, int alpha, int beta, int depth, int ply) {
          (hit.bound == BOUND_UPPER && hit.score <= alpha) || hit.bound == BOUND_EXACT))
         return hit.score;
 
-    const Move hash_move = found ? hit.move : 0;
-    NodeBest best{ply - MATE, hash_move, BOUND_UPPER};
-    int node_eval;
+    // What the moves have to beat: the stand-pat score, or being mated when in check.
+    int to_beat, node_eval;
     if (p.incheck) {
-        node_eval = ply - MATE;
+        to_beat = node_eval = ply - MATE;
     } else {
-        node_eval     = found ? hit.eval : evaluate(p);
-        int stand_pat = node_eval;
+        node_eval = found ? hit.eval : evaluate(p);
+        to_beat   = node_eval;
         if (found) {
             if (hit.bound == BOUND_LOWER)
-                stand_pat = std::max(node_eval, hit.score);
+                to_beat = std::max(node_eval, hit.score);
             else if (hit.bound == BOUND_UPPER)
-                stand_pat = std::min(node_eval, hit.score);
+                to_beat = std::min(node_eval, hit.score);
             else if (hit.bound == BOUND_EXACT)
-                stand_pat = hit.score;
+                to_beat = hit.score;
         }
-        if (stand_pat >= beta) return stand_pat;
-        best.score = stand_pat;
-        alpha      = std::max(alpha, stand_pat);
+        if (to_beat >= beta) return to_beat;
+        alpha = std::max(alpha, to_beat);
     }
 
+    const Move hash_move = found ? hit.move : 0;
+    NodeBest best{to_beat, hash_move, BOUND_UPPER};
     MovePicker mp;
     picker_init(mp, t, hash_move, false, 0, depth == 0, ply);
     while (Move m = next_move(mp, t)) {
