@@ -9,12 +9,12 @@
 #include <random>
 #include <vector>
 
+#include "board/attacks.h"
 #include "board/fen.h"
 #include "board/makemove.h"
 #include "board/movegen.h"
 #include "eval/evaluate.h"
 #include "eval/pawns.h"
-#include "search/init.h"
 #include "search/thread.h"
 
 static const char* const starts[] = {

@@ -10,9 +10,9 @@
 #include <cstdlib>
 #include <memory>
 
+#include "board/attacks.h"
 #include "board/fen.h"
 #include "board/perft.h"
-#include "search/init.h"
 
 namespace {
 

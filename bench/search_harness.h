@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "board/attacks.h"
 #include "board/fen.h"
 #include "board/keys.h"
 #include "driver/control.h"
@@ -15,7 +16,6 @@
 #include "driver/game_position.h"
 #include "eval/pawns.h"
 #include "platform/platform.h"
-#include "search/init.h"
 #include "search/output.h"
 #include "search/search.h"
 #include "search/threads.h"

@@ -162,7 +162,7 @@ uint64_t mask_subset(uint64_t index, uint64_t mask) {
     return occ;
 }
 
-void attack_init() {
+void tables_init() {
     fill_blocks(bishop_magic, bishop_table, bishop_multipliers, bishop_mask, walk_bishop_attacks);
     fill_blocks(rook_magic, rook_table, rook_multipliers, rook_mask, walk_rook_attacks);
 }

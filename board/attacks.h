@@ -1,7 +1,7 @@
 #pragma once
 // Attack tables: leaper tables, empty-board rays, between-squares, castling masks and the magic
 // lookups for sliders (one dense block per square). All but the magic lookups are computed at
-// compile time; attack_init fills those once at start-up before any other thread exists, and
+// compile time; tables_init fills those once at start-up before any other thread exists, and
 // everything here is read-only afterwards.
 
 #include <array>
@@ -71,7 +71,7 @@ inline constexpr auto& pseudo_attacks = pseudo_attacks_table.at;
 inline constexpr auto& between        = between_table.at;
 inline constexpr auto& castle_mask    = castle_mask_table.at;
 
-// Filled by attack_init.
+// Filled by tables_init.
 extern MagicEntry rook_magic[64];
 extern MagicEntry bishop_magic[64];
 
@@ -83,7 +83,9 @@ constexpr int BISHOP_TABLE_SIZE = 5248;
 extern const uint64_t rook_multipliers[64];
 extern const uint64_t bishop_multipliers[64];
 
-void attack_init();
+// The engine's one table too large to compute at compile time, the magic lookups. Start-up, the
+// benchmarks, the fuzz targets and the tests all begin here, so they agree about what is ready.
+void tables_init();
 
 // Start-up helpers, also used by the multiplier search tool and the tests; never on a hot path.
 uint64_t rook_mask(int sq);

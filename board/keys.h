@@ -33,9 +33,5 @@ inline bool ep_capturable(const Position& p, int e) {
            (e >= 41 && e <= 47 && p.board[e - 9] == white_pawn);
 }
 
-// Nothing is left to fill (the keys are computed at compile time): kept only until new_game
-// stops calling it.
-inline void keys_init() {}
-
 uint64_t full_key(Position& p); // also normalises epsq to 64 when no capture is possible
 void pawn_key(Position& p);     // stores the pawns-and-kings key in p.pawnkey

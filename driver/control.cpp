@@ -97,28 +97,12 @@ TimeAllotment compute_limits(int depth_limit, int move_time, int time_left, int 
     return ta;
 }
 
-// Thread 0 may be printing through move_text's shared buffer at this very moment, so the status
-// line writes its move into a buffer of its own.
-static void status_move_text(Move m, char out[8]) {
-    if ((m & SQUARE_BITS) == 0) {
-        std::strcpy(out, "(none)");
-        return;
-    }
-    const int from = move_from(m), to = move_to(m);
-    int i    = 0;
-    out[i++] = static_cast<char>('a' + file_of(from));
-    out[i++] = static_cast<char>('1' + rank_of(from));
-    out[i++] = static_cast<char>('a' + file_of(to));
-    out[i++] = static_cast<char>('1' + rank_of(to));
-    if (move_promo(m) >= KNIGHT && move_promo(m) <= QUEEN) out[i++] = " nbrq"[move_promo(m)];
-    out[i] = '\0';
-}
-
 // The answer to "." during analysis: time, nodes, depth, moves left to search at the root, and
 // the root move being searched.
 static void print_status_line() {
-    char move[8];
-    status_move_text(sc.root_move.load(std::memory_order_relaxed), move);
+    // Thread 0 may be printing through move_text's shared buffer at this very moment.
+    char move[MOVE_TEXT_SIZE];
+    write_move(move, sc.root_move.load(std::memory_order_relaxed));
     const int centis = static_cast<int>((get_ms() - sc.search_start) / 10);
     const int left =
         static_cast<int>(game_history.legal_count) - sc.root_move_index.load(std::memory_order_relaxed);

@@ -13,7 +13,6 @@
 
 uint64_t new_game(PositionStack& game) {
     hash_clear(); // zeroes the table and its age
-    keys_init();
     game.key        = full_key(*game.pos);
     game.histidx    = 0;
     game.keyhist[0] = game.key;

@@ -6,7 +6,7 @@
 #include "board/types.h"
 #include "search/thread.h"
 
-// Clears the transposition table and its age, refills the key tables, restarts the key history.
+// Clears the transposition table and its age and restarts the key history.
 uint64_t new_game(PositionStack& game);
 // Generates the pseudo-legal moves of the position into game_history.legal_moves and zeroes the
 // entries that fail the legality test in place. Returns how many passed (the only one in `only`

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <new>
 
+#include "board/attacks.h"
 #include "board/fen.h"
 #include "driver/book.h"
 #include "driver/commands.h"
@@ -19,7 +20,6 @@
 #include "driver/watcher.h"
 #include "eval/pawns.h"
 #include "platform/platform.h"
-#include "search/init.h"
 #include "search/threads.h"
 #include "search/tt.h"
 
