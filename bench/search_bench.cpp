@@ -1,7 +1,6 @@
 // Search speed: nodes per second with one and with two threads, and the time each of the six
 // bench positions takes to reach a fixed depth (new game before each, 128 MB table). The result
-// lines begin with "bench:" so that scripts/search-vs-stockfish can pick them out of the
-// engine's own output.
+// lines begin with "bench:" so that a script can pick them out of the engine's own output.
 //
 //   search_bench [depth]     (default 12)
 
