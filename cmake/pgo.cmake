@@ -4,8 +4,8 @@
 #   MORVAINE_PGO=use       everything compiled again with that profile (the program that ships)
 #   MORVAINE_PGO=off       a plain build, for debugging and the sanitizers
 # scripts/build also brings this file into older revisions' trees (CMAKE_PROJECT_INCLUDE), so
-# that a match against one compares two engines built the same way: only the project's name and
-# plain compile and link options may be used here.
+# that a match against one compares two engines built the same way: it must rely on nothing of
+# the project's CMakeLists.txt beyond project() itself.
 set(MORVAINE_PGO off CACHE STRING "profile-guided build: off, generate or use")
 set_property(CACHE MORVAINE_PGO PROPERTY STRINGS off generate use)
 set(MORVAINE_PGO_DIR ${CMAKE_BINARY_DIR}/pgo-profile CACHE PATH "where the training run's profile goes")
