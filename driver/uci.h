@@ -6,7 +6,7 @@
 // True when the text at the cursor begins with the word; the cursor then moves past the word and
 // the one separator character after it.
 bool match_prefix(const char** cursor, const char* word);
-// The words after "go": clears the search control, then sets the fields of EngineState from the
+// The words after "go": clears the search control, then sets the clock inputs from the
 // side to move's time and increment, movestogo, depth, movetime, nodes, mate, infinite, ponder and
 // the legal moves after searchmoves; anything else is skipped.
 void parse_go(SearchThread& game, const char* text);
