@@ -2,6 +2,7 @@
 // What the engine needs of the operating system, behind one interface; one file per OS implements
 // it and no other file includes an OS header.
 
+#include <cstddef>
 #include <cstdint>
 
 // Once, first thing at start-up: stdout unbuffered, a closed reader must not kill us by signal.
@@ -19,3 +20,8 @@ bool read_line(char* buf, int n);
 // Ends the process with status 0 at once, without running destructors, when a write to stdout has
 // failed (the reader went away): there is nobody left to talk to.
 void exit_if_output_lost();
+// Zero-filled memory for a large table probed at random (the transposition table): aligned to
+// 2 MB and, where the system offers them, backed by huge pages, so that a probe rarely misses the
+// TLB as well as the cache. nullptr when the memory is not there. Free only with large_free.
+void* large_alloc(size_t bytes);
+void large_free(void* block, size_t bytes);

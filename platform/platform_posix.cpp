@@ -9,6 +9,7 @@
 #include <ctime>
 
 #include <poll.h>
+#include <sys/mman.h>
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
@@ -119,4 +120,27 @@ bool read_line(char* buf, int n) {
 
 void exit_if_output_lost() {
     if (std::ferror(stdout)) std::_Exit(0);
+}
+
+void* large_alloc(size_t bytes) {
+    // Anonymous mappings come zero-filled. Mapping 2 MB more than asked leaves room to trim the
+    // block to a 2 MB boundary, where the kernel can back it with whole huge pages.
+    constexpr size_t HUGE_PAGE = size_t{2} << 20;
+    const size_t span          = bytes + HUGE_PAGE;
+    void* raw = mmap(nullptr, span, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (raw == MAP_FAILED) return nullptr;
+    const uintptr_t start   = reinterpret_cast<uintptr_t>(raw);
+    const uintptr_t aligned = (start + HUGE_PAGE - 1) & ~(uintptr_t{HUGE_PAGE} - 1);
+    const size_t head = aligned - start, tail = span - head - bytes;
+    if (head) munmap(raw, head);
+    if (tail) munmap(reinterpret_cast<void*>(aligned + bytes), tail);
+    void* block = reinterpret_cast<void*>(aligned);
+#ifdef MADV_HUGEPAGE
+    madvise(block, bytes, MADV_HUGEPAGE); // only advice: without it the table still works
+#endif
+    return block;
+}
+
+void large_free(void* block, size_t bytes) {
+    if (block) munmap(block, bytes);
 }

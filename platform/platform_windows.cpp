@@ -126,3 +126,13 @@ bool read_line(char* buf, int n) {
 void exit_if_output_lost() {
     if (std::ferror(stdout)) std::_Exit(0);
 }
+
+void* large_alloc(size_t bytes) {
+    // Committed pages come zero-filled and page-aligned; large pages would need a privilege the
+    // user rarely holds, so the plain pages serve.
+    return VirtualAlloc(nullptr, bytes, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+}
+
+void large_free(void* block, size_t) {
+    if (block) VirtualFree(block, 0, MEM_RELEASE);
+}

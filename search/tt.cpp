@@ -5,9 +5,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <new>
+#include <memory>
 
 #include "board/makemove.h"
+#include "platform/platform.h"
 
 HashEntry* hash_table = nullptr;
 uint64_t hash_size    = 0;
@@ -60,9 +61,14 @@ static uint64_t memory_available() {
     return avail;
 }
 
+// The size of the block hash_table points into, which large_free needs back.
+static uint64_t allocated_bytes = 0;
+
 void hash_free() {
-    delete[] hash_table;
-    hash_table = nullptr;
+    if (hash_table) std::destroy_n(hash_table, allocated_bytes / sizeof(HashEntry));
+    large_free(hash_table, allocated_bytes);
+    hash_table      = nullptr;
+    allocated_bytes = 0;
 }
 
 void hash_alloc(int mb) {
@@ -72,9 +78,16 @@ void hash_alloc(int mb) {
     hash_size = static_cast<uint64_t>(m) * MEGABYTE;
     hash_mask = hash_size / sizeof(HashEntry) - 1;
     hash_free();
-    // Value-initialised entries: every word of the new table is 0.
+    // Probes land anywhere in the table, so it sits on huge pages where the system has them.
+    // Value-initialised entries: every word of the new table is 0, and every page is touched now,
+    // not in the middle of the first search.
     const uint64_t entries = hash_size / sizeof(HashEntry);
-    if (hash_size <= memory_available()) hash_table = new (std::nothrow) HashEntry[entries]();
+    void* block            = hash_size <= memory_available() ? large_alloc(hash_size) : nullptr;
+    if (block) {
+        hash_table = static_cast<HashEntry*>(block);
+        std::uninitialized_value_construct_n(hash_table, entries);
+        allocated_bytes = hash_size;
+    }
     if (!hash_table) {
         std::printf(" hash allocation error - exiting ...\n");
         std::exit(1);
