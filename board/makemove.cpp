@@ -14,7 +14,6 @@ static uint64_t straight_sliders(const Position& p, int colour) {
 }
 
 Position* make_move(PositionStack& t, Move m) {
-    nodes_searched.store(nodes_searched.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
     set_thread_nodes(t, t.nodes + 1);
 
     // Everything is read from the old slot so that no read waits on the block copy.
@@ -147,6 +146,7 @@ Position* make_move(PositionStack& t, Move m) {
 
 void commit_move(PositionStack& game, Move m) {
     make_move(game, m);
+    add_nodes_searched(1);
     *(game.pos - 1) = *game.pos;
     --game.pos;
 }

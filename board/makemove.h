@@ -9,8 +9,14 @@
 #include "board/stack.h"
 #include "board/types.h"
 
-// Moves made by all threads; lost increments are acceptable (statistics only).
+// Moves made on all stacks since the count was last cleared, for the statistics lines. Make-move
+// itself counts only into its own stack (a shared word written per node would be one cache line
+// fought over by every search thread): a search thread adds its count when it ends, perft when it
+// returns, and a game move its one.
 extern std::atomic<uint64_t> nodes_searched;
+inline void add_nodes_searched(uint64_t n) {
+    nodes_searched.fetch_add(n, std::memory_order_relaxed);
+}
 
 Position* make_move(PositionStack& t, Move m);
 // Makes a game move and keeps the game position in slot 0 (the key history grows by one).

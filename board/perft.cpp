@@ -79,7 +79,7 @@ static void count_leaves(const Position& p, const MoveList& caps, const MoveList
 }
 
 // Each level holds its captures (all promotions) and its quiet moves, made in that order.
-void perft(PositionStack& t, int depth) {
+static void perft_from(PositionStack& t, int depth) {
     MoveList caps, quiets;
     gen_captures_quiets(*t.pos, caps.moves, &caps.count, quiets.moves, &quiets.count);
 
@@ -91,8 +91,14 @@ void perft(PositionStack& t, int depth) {
         for (uint32_t i = 0; i < list->count; ++i) {
             if (!legal(*t.pos, list->moves[i])) continue;
             make_move(t, list->moves[i]);
-            perft(t, depth - 1);
+            perft_from(t, depth - 1);
             unmake_move(t);
         }
     }
+}
+
+void perft(PositionStack& t, int depth) {
+    const uint64_t before = t.nodes;
+    perft_from(t, depth);
+    add_nodes_searched(t.nodes - before);
 }

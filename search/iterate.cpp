@@ -227,6 +227,7 @@ static void deepen(SearchThread& t) {
 void search_thread(SearchThread& t) {
     set_thread_nodes(t, 0);
     deepen(t);
+    add_nodes_searched(t.nodes);
     // Thread 0 ends the search for all; the others just end.
     if (t.id == 0) stop_search_locked();
 }
