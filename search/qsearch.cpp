@@ -69,6 +69,7 @@ int qsearch(SearchThread& t, int pv, int alpha, int beta, int depth, int ply) {
     MovePicker mp;
     picker_init(mp, t, hash_move, false, 0, depth == 0, ply);
     while (Move m = next_move(mp, t)) {
+        hash_prefetch(key_after(p, t.key, m));
         if (!legal(p, m)) continue;
         make_move(t, m);
         hash_prefetch(t.key);

@@ -104,6 +104,7 @@ static bool prune_node(SearchThread& t, int alpha, int beta, int depth, int ply,
         // A hash move that did not qualify is a quiet move or a losing capture, which the capture
         // stage skips anyway.
         while (Move m = next_move(mp, t)) {
+            hash_prefetch(key_after(p, t.key, m));
             if (!legal(p, m)) continue;
             make_move(t, m);
             hash_prefetch(t.key);
@@ -215,6 +216,7 @@ int search(SearchThread& t, int pv, int alpha, int beta, int depth, int ply, int
             continue;
         }
         if (mp.stage == STAGE_BAD_CAPTURES && move_key(m) < -BAD_CAPTURE_UNIT * depth) continue;
+        hash_prefetch(key_after(p, t.key, m));
         if (!legal(p, m)) continue;
         int n = depth - 1;
         if (from_hash && singular_candidate) {
