@@ -78,8 +78,77 @@ static void count_leaves(const Position& p, const MoveList& caps, const MoveList
     if (legal_moves == 0) ++tot.checkmates;
 }
 
+// The last ply of the common position (not in check, nothing pinned, no en passant square) is
+// counted from attack sets alone, with no move list: every such move is legal except king steps
+// and castling, which the map of attacked squares answers as count_leaves would.
+template <int Us> static void count_leaves_bulk(const Position& p) {
+    constexpr int PROMOTION_PIECES = 4;
+    constexpr uint64_t LAST_RANK   = relative_rank_mask(Us, 7);
+    const uint64_t own = p.colour_bb[Us], them = p.colour_bb[Us ^ 1];
+    const uint64_t occ = own | them, empty = ~occ, to_ok = ~own;
+    int64_t moves = 0, captures = 0, promotes = 0, castles = 0;
+
+    const auto add = [&](uint64_t targets) {
+        moves += popcount(targets);
+        captures += popcount(targets & them);
+    };
+    for (uint64_t b = pieces(p, Us, KNIGHT); b;)
+        add(knight_attacks[pop_lsb(b)] & to_ok);
+    for (uint64_t b = pieces(p, Us, BISHOP); b;)
+        add(bishop_attacks(pop_lsb(b), occ) & to_ok);
+    for (uint64_t b = pieces(p, Us, ROOK); b;)
+        add(rook_attacks(pop_lsb(b), occ) & to_ok);
+    for (uint64_t b = pieces(p, Us, QUEEN); b;)
+        add(queen_attacks(pop_lsb(b), occ) & to_ok);
+
+    const uint64_t pawns  = pieces(p, Us, PAWN);
+    const uint64_t single = pawn_push<Us>(pawns) & empty;
+    moves += popcount(single & ~LAST_RANK) + popcount(double_pushes<Us>(single, empty));
+    const int push_promotions = popcount(single & LAST_RANK);
+    const uint64_t west = (Us == WHITE ? (pawns & ~FILE_A) << 7 : (pawns & ~FILE_A) >> 9) & them;
+    const uint64_t east = (Us == WHITE ? (pawns & ~FILE_H) << 9 : (pawns & ~FILE_H) >> 7) & them;
+    const int pawn_takes = popcount(west & ~LAST_RANK) + popcount(east & ~LAST_RANK);
+    const int promo_takes = popcount(west & LAST_RANK) + popcount(east & LAST_RANK);
+    moves += pawn_takes + PROMOTION_PIECES * (push_promotions + promo_takes);
+    captures += pawn_takes + PROMOTION_PIECES * promo_takes;
+    promotes += PROMOTION_PIECES * (push_promotions + promo_takes);
+
+    // The king's steps and castling, tested against the squares the other side attacks.
+    const int k           = king_square(p, Us);
+    const uint64_t steps  = king_attacks[k] & to_ok;
+    constexpr int HOME    = Us == WHITE ? E1 : E8;
+    constexpr int SHORT   = Us == WHITE ? 2 : 8, LONG = Us == WHITE ? 1 : 4;
+    constexpr int F = HOME + 1, G = HOME + 2, D = HOME - 1, C = HOME - 2, B = HOME - 3;
+    const bool short_ok = (p.cflag & SHORT) && !(occ & (bit(F) | bit(G)));
+    const bool long_ok  = (p.cflag & LONG) && !(occ & (bit(B) | bit(C) | bit(D)));
+    if (steps || short_ok || long_ok) {
+        const uint64_t danger = king_danger(p);
+        add(steps & ~danger);
+        castles += short_ok && !(danger & (bit(F) | bit(G)));
+        castles += long_ok && !(danger & (bit(D) | bit(C)));
+        moves += castles;
+    }
+
+    PerftTotals& tot = perft_totals;
+    tot.moves += moves;
+    tot.captures += captures;
+    tot.promotes += promotes;
+    tot.castles += castles;
+    if (moves == 0) ++tot.checkmates;
+}
+
 // Each level holds its captures (all promotions) and its quiet moves, made in that order.
 static void perft_from(PositionStack& t, int depth) {
+    const Position& p = *t.pos;
+    // Castling rights are taken at their word only with the king on its home square.
+    if (depth <= 1 && !p.incheck && !p.pinned && p.epsq == NO_SQUARE &&
+        (!(p.cflag & 3) || p.wking == E1) && (!(p.cflag & 12) || p.bking == E8)) {
+        if (p.side == WHITE)
+            count_leaves_bulk<WHITE>(p);
+        else
+            count_leaves_bulk<BLACK>(p);
+        return;
+    }
     MoveList caps, quiets;
     gen_captures_quiets(*t.pos, caps.moves, &caps.count, quiets.moves, &quiets.count);
 
