@@ -5,20 +5,23 @@
 
 #include "board/attacks.h"
 #include "eval/tables.h"
+#include "platform/platform.h"
 
 PawnEntry* pawn_hash = nullptr;
 
+static constexpr size_t PAWN_HASH_BYTES = PAWN_HASH_ENTRIES * sizeof(PawnEntry);
+
 bool pawn_hash_alloc() {
     pawn_hash_free();
-    // Zeroed by the allocator (fresh pages cost nothing to clear), so that no probe ever reads
+    // Zeroed by the platform (fresh pages cost nothing to clear), so that no probe ever reads
     // indeterminate memory; an all-zero entry verifies only for the key 0, which no position with
-    // its two kings has.
-    pawn_hash = static_cast<PawnEntry*>(std::calloc(PAWN_HASH_ENTRIES, sizeof(PawnEntry)));
+    // its two kings has. Huge pages, where there are any, spare the probes TLB misses.
+    pawn_hash = static_cast<PawnEntry*>(large_alloc(PAWN_HASH_BYTES));
     return pawn_hash != nullptr;
 }
 
 void pawn_hash_free() {
-    std::free(pawn_hash);
+    large_free(pawn_hash, PAWN_HASH_BYTES);
     pawn_hash = nullptr;
 }
 
