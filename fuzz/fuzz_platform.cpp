@@ -3,6 +3,7 @@
 #include "fuzz/fuzz_platform.h"
 
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <deque>
@@ -82,3 +83,12 @@ bool read_line(char* buf, int n) {
 }
 
 void exit_if_output_lost() {}
+
+// Plain zeroed heap memory: ASan then watches the tables' bounds as it does any other block.
+void* large_alloc(size_t bytes) {
+    return std::calloc(bytes, 1);
+}
+
+void large_free(void* block, size_t) {
+    std::free(block);
+}
