@@ -47,10 +47,16 @@ template <int C> constexpr uint64_t double_pushes(uint64_t single, uint64_t empt
     return pawn_push<C>(single & relative_rank_mask(C, 2)) & empty;
 }
 
-// The squares the pawns of colour C attack; the edge files are masked so that nothing wraps.
+// The squares the pawns of colour C attack towards file a and towards file h, and both; the edge
+// files are masked so that nothing wraps.
+template <int C> constexpr uint64_t pawn_attacks_west(uint64_t pawns) {
+    return C == WHITE ? (pawns & ~FILE_A) << 7 : (pawns & ~FILE_A) >> 9;
+}
+template <int C> constexpr uint64_t pawn_attacks_east(uint64_t pawns) {
+    return C == WHITE ? (pawns & ~FILE_H) << 9 : (pawns & ~FILE_H) >> 7;
+}
 template <int C> constexpr uint64_t pawn_attack_set(uint64_t pawns) {
-    return C == WHITE ? ((pawns & ~FILE_A) << 7) | ((pawns & ~FILE_H) << 9)
-                      : ((pawns & ~FILE_A) >> 9) | ((pawns & ~FILE_H) >> 7);
+    return pawn_attacks_west<C>(pawns) | pawn_attacks_east<C>(pawns);
 }
 constexpr uint64_t pawn_attack_set(int c, uint64_t pawns) {
     return c == WHITE ? pawn_attack_set<WHITE>(pawns) : pawn_attack_set<BLACK>(pawns);

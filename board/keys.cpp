@@ -204,8 +204,19 @@ constexpr uint64_t Random64[781] = {
 };
 // clang-format on
 
-// Polyglot kinds: black pawn 0, white pawn 1, black knight 2 ... white king 11.
-const int polyglot_kind[16] = {1, 3, 5, 7, 9, 11, 0, 0, 0, 2, 4, 6, 8, 10, 0, 0};
+// Polyglot kinds by piece code: black pawn 0, white pawn 1, black knight 2 ... white king 11; -1
+// for the codes that never stand on the board.
+constexpr int polyglot_kind[16] = {1, 3, 5, 7, 9, 11, -1, -1, 0, 2, 4, 6, 8, 10, -1, -1};
+
+static constexpr Table<uint64_t[16][64]> make_piece_keys() {
+    Table<uint64_t[16][64]> t{};
+    for (int code = 0; code < 16; ++code)
+        if (polyglot_kind[code] >= 0)
+            for (int sq = 0; sq < 64; ++sq)
+                t.at[code][sq] = Random64[64 * polyglot_kind[code] + sq];
+    return t;
+}
+constexpr Table<uint64_t[16][64]> piece_keys_table = make_piece_keys();
 
 constexpr int CASTLE_KEY_BASE = 768, TURN_KEY_INDEX = 780;
 

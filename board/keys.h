@@ -12,11 +12,13 @@ extern const Table<uint64_t[16]> castle_keys_table;
 inline constexpr auto& castle_keys = castle_keys_table.at;
 extern const uint64_t turn_key;
 
-// Polyglot piece kind by piece code (codes without a piece map to 0 and are never looked up).
-extern const int polyglot_kind[16];
+// By piece code and square: the piece's number, one load where the book's order would take two
+// (codes without a piece hold 0 and are never looked up).
+extern const Table<uint64_t[16][64]> piece_keys_table;
+inline constexpr auto& piece_keys = piece_keys_table.at;
 
 inline uint64_t piece_key(int code, int sq) {
-    return Random64[64 * polyglot_kind[code] + sq];
+    return piece_keys[code][sq];
 }
 inline uint64_t ep_key(int sq) {
     return Random64[772 + (sq & 7)];

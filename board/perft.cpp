@@ -78,60 +78,98 @@ static void count_leaves(const Position& p, const MoveList& caps, const MoveList
     if (legal_moves == 0) ++tot.checkmates;
 }
 
-// The last ply of the common position (not in check, nothing pinned, no en passant square) is
-// counted from attack sets alone, with no move list: every such move is legal except king steps
-// and castling, which the map of attacked squares answers as count_leaves would.
+// The squares a piece pinned on sq may move to: its pin line up to the pinner, without the king.
+// Two squares on one line have no other square of their rays of that kind in common.
+static uint64_t pin_line(int k, int sq) {
+    return (rook_empty[k] & bit(sq)) ? rook_empty[k] & rook_empty[sq] : bishop_empty[k] & bishop_empty[sq];
+}
+
+// The last ply of a position not in check is counted from attack sets alone, with no move list:
+// a pinned piece keeps to its pin line, the king's steps and castling are tested against the
+// squares the other side attacks, and only the one or two en-passant captures get the full test.
 template <int Us> static void count_leaves_bulk(const Position& p) {
     constexpr int PROMOTION_PIECES = 4;
     constexpr uint64_t LAST_RANK   = relative_rank_mask(Us, 7);
     const uint64_t own = p.colour_bb[Us], them = p.colour_bb[Us ^ 1];
     const uint64_t occ = own | them, empty = ~occ, to_ok = ~own;
-    int64_t moves = 0, captures = 0, promotes = 0, castles = 0;
+    const uint64_t pinned = p.pinned;
+    const int k           = king_square(p, Us);
+    int64_t moves = 0, captures = 0, promotes = 0, castles = 0, en_passant = 0;
 
     const auto add = [&](uint64_t targets) {
         moves += popcount(targets);
         captures += popcount(targets & them);
     };
-    for (uint64_t b = pieces(p, Us, KNIGHT); b;)
+    for (uint64_t b = pieces(p, Us, KNIGHT) & ~pinned; b;)
         add(knight_attacks[pop_lsb(b)] & to_ok);
-    for (uint64_t b = pieces(p, Us, BISHOP); b;)
+    for (uint64_t b = pieces(p, Us, BISHOP) & ~pinned; b;)
         add(bishop_attacks(pop_lsb(b), occ) & to_ok);
-    for (uint64_t b = pieces(p, Us, ROOK); b;)
+    for (uint64_t b = pieces(p, Us, ROOK) & ~pinned; b;)
         add(rook_attacks(pop_lsb(b), occ) & to_ok);
-    for (uint64_t b = pieces(p, Us, QUEEN); b;)
+    for (uint64_t b = pieces(p, Us, QUEEN) & ~pinned; b;)
         add(queen_attacks(pop_lsb(b), occ) & to_ok);
+    // A pinned slider moves only along its pin line, and only if it moves that way at all.
+    for (uint64_t b = own & pinned & ~p.type_bb[PAWN] & ~p.type_bb[KNIGHT]; b;) {
+        const int sq   = pop_lsb(b);
+        const int type = piece_type(p.board[sq]);
+        const uint64_t reach =
+            (type != ROOK ? bishop_attacks(sq, occ) : 0) | (type != BISHOP ? rook_attacks(sq, occ) : 0);
+        add(reach & to_ok & pin_line(k, sq));
+    }
 
-    const uint64_t pawns  = pieces(p, Us, PAWN);
-    const uint64_t single = pawn_push<Us>(pawns) & empty;
-    moves += popcount(single & ~LAST_RANK) + popcount(double_pushes<Us>(single, empty));
-    const int push_promotions = popcount(single & LAST_RANK);
-    const uint64_t west = (Us == WHITE ? (pawns & ~FILE_A) << 7 : (pawns & ~FILE_A) >> 9) & them;
-    const uint64_t east = (Us == WHITE ? (pawns & ~FILE_H) << 9 : (pawns & ~FILE_H) >> 7) & them;
-    const int pawn_takes = popcount(west & ~LAST_RANK) + popcount(east & ~LAST_RANK);
-    const int promo_takes = popcount(west & LAST_RANK) + popcount(east & LAST_RANK);
-    moves += pawn_takes + PROMOTION_PIECES * (push_promotions + promo_takes);
-    captures += pawn_takes + PROMOTION_PIECES * promo_takes;
-    promotes += PROMOTION_PIECES * (push_promotions + promo_takes);
+    // Pawn destinations, each set reached by distinct pawns; every promotion counts four times.
+    const auto add_pawns = [&](uint64_t pushes, uint64_t takes) __attribute__((always_inline)) {
+        const int promoting = popcount(pushes & LAST_RANK) + popcount(takes & LAST_RANK);
+        moves += popcount(pushes & ~LAST_RANK) + popcount(takes & ~LAST_RANK) + PROMOTION_PIECES * promoting;
+        captures += popcount(takes & ~LAST_RANK) + PROMOTION_PIECES * popcount(takes & LAST_RANK);
+        promotes += PROMOTION_PIECES * promoting;
+    };
+    const uint64_t pawns = pieces(p, Us, PAWN);
+    const uint64_t free  = pawns & ~pinned;
+    const uint64_t step  = pawn_push<Us>(free) & empty;
+    add_pawns(step | double_pushes<Us>(step, empty), pawn_attacks_west<Us>(free) & them);
+    add_pawns(0, pawn_attacks_east<Us>(free) & them);
+    for (uint64_t b = pawns & pinned; b;) {
+        const int sq        = pop_lsb(b);
+        const uint64_t line = pin_line(k, sq);
+        const uint64_t one  = pawn_push<Us>(bit(sq)) & empty;
+        add_pawns((one | double_pushes<Us>(one, empty)) & line, pawn_attacks[Us][sq] & them & line);
+    }
+    if (p.epsq != NO_SQUARE)
+        for (uint64_t b = pawns & pawn_attacks[Us ^ 1][p.epsq]; b;)
+            en_passant += legal_slow(p, make_move_word(pop_lsb(b), p.epsq));
+    moves += en_passant;
 
-    // The king's steps and castling, tested against the squares the other side attacks.
-    const int k           = king_square(p, Us);
-    const uint64_t steps  = king_attacks[k] & to_ok;
-    constexpr int HOME    = Us == WHITE ? E1 : E8;
-    constexpr int SHORT   = Us == WHITE ? 2 : 8, LONG = Us == WHITE ? 1 : 4;
+    // The king's steps and castling, tested against the squares the other side attacks: a few
+    // squares are cheaper asked one by one than a map of every attack of theirs.
+    constexpr int ASK_ONE_BY_ONE = 3;
+    const uint64_t steps         = king_attacks[k] & to_ok;
+    constexpr int HOME           = Us == WHITE ? E1 : E8;
+    constexpr int SHORT = Us == WHITE ? 2 : 8, LONG = Us == WHITE ? 1 : 4;
     constexpr int F = HOME + 1, G = HOME + 2, D = HOME - 1, C = HOME - 2, B = HOME - 3;
     const bool short_ok = (p.cflag & SHORT) && !(occ & (bit(F) | bit(G)));
     const bool long_ok  = (p.cflag & LONG) && !(occ & (bit(B) | bit(C) | bit(D)));
-    if (steps || short_ok || long_ok) {
+    if (popcount(steps) + 2 * (short_ok + long_ok) > ASK_ONE_BY_ONE) {
         const uint64_t danger = king_danger(p);
         add(steps & ~danger);
         castles += short_ok && !(danger & (bit(F) | bit(G)));
         castles += long_ok && !(danger & (bit(D) | bit(C)));
-        moves += castles;
+    } else {
+        const uint64_t occ_past_king = occ ^ bit(k);
+        const auto safe = [&](int sq) { return !attacked_by(p, sq, Us ^ 1, them, occ_past_king); };
+        for (uint64_t b = steps; b;) {
+            const int sq = pop_lsb(b);
+            if (safe(sq)) add(bit(sq));
+        }
+        castles += short_ok && safe(F) && safe(G);
+        castles += long_ok && safe(D) && safe(C);
     }
+    moves += castles;
 
     PerftTotals& tot = perft_totals;
     tot.moves += moves;
     tot.captures += captures;
+    tot.en_passant += en_passant;
     tot.promotes += promotes;
     tot.castles += castles;
     if (moves == 0) ++tot.checkmates;
@@ -141,8 +179,7 @@ template <int Us> static void count_leaves_bulk(const Position& p) {
 static void perft_from(PositionStack& t, int depth) {
     const Position& p = *t.pos;
     // Castling rights are taken at their word only with the king on its home square.
-    if (depth <= 1 && !p.incheck && !p.pinned && p.epsq == NO_SQUARE &&
-        (!(p.cflag & 3) || p.wking == E1) && (!(p.cflag & 12) || p.bking == E8)) {
+    if (depth <= 1 && !p.incheck && (!(p.cflag & 3) || p.wking == E1) && (!(p.cflag & 12) || p.bking == E8)) {
         if (p.side == WHITE)
             count_leaves_bulk<WHITE>(p);
         else

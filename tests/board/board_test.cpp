@@ -26,6 +26,32 @@ TEST(Perft, Suite) {
     }
 }
 
+// The last ply is counted from attack sets, not from a move list: wherever random games go (pins,
+// checks, en passant, castling, promotions), its totals are those of the legal move list.
+TEST(Perft, LastPlyClassifiesTheLegalMoves) {
+    const auto totals = [](const PerftTotals& t) {
+        return std::vector<int64_t>{t.moves, t.captures, t.en_passant, t.castles, t.promotes, t.checkmates};
+    };
+    playouts(2, 200, [&](SearchThread& game, Move) {
+        const Position& p = game.stack[0];
+        Move moves[MAX_MOVES];
+        const uint32_t n = legal_moves(p, moves);
+        PerftTotals want{};
+        want.moves      = n;
+        want.checkmates = n == 0;
+        for (uint32_t i = 0; i < n; ++i) {
+            const int from = move_from(moves[i]), to = move_to(moves[i]), type = piece_type(p.board[from]);
+            want.captures += p.board[to] != EMPTY;
+            want.promotes += move_promo(moves[i]) != 0;
+            want.en_passant += type == PAWN && to == p.epsq;
+            want.castles += type == KING && (to - from == 2 || from - to == 2);
+        }
+        perft_totals = PerftTotals{};
+        perft(game, 1);
+        ASSERT_EQ(totals(perft_totals), totals(want)) << fen_of(p);
+    });
+}
+
 // The key vectors of the book format: pieces, castling rights lost by king moves, en-passant
 // squares that count only with a pawn beside the pushed one.
 TEST(Keys, PublishedVectors) {
