@@ -160,25 +160,18 @@ void set_pins(Position& p) {
     const uint64_t diagonal = diagonal_sliders(p, them);
     const uint64_t straight = straight_sliders(p, them);
 
-    // A slider checks when it is the first piece on a line from the king, and pins when it is the
-    // first piece behind one of ours. Neither lookup is made when no such slider stands on the
-    // king's empty-board rays at all.
+    // A slider on one of the king's empty-board lines checks when nothing stands between them,
+    // and pins the one piece of ours between them when there is exactly one.
     bool check =
         (theirs & p.type_bb[PAWN] & pawn_attacks[us][k]) || (theirs & p.type_bb[KNIGHT] & knight_attacks[k]);
-    uint64_t pinners = 0;
-    if (diagonal & bishop_empty[k]) {
-        const uint64_t ba = bishop_attacks(k, occ);
-        check             = check || (diagonal & ba);
-        pinners |= diagonal & (bishop_attacks(k, occ & ~(ours & ba)) ^ ba);
-    }
-    if (straight & rook_empty[k]) {
-        const uint64_t ra = rook_attacks(k, occ);
-        check             = check || (straight & ra);
-        pinners |= straight & (rook_attacks(k, occ & ~(ours & ra)) ^ ra);
-    }
     uint64_t pinned = 0;
-    while (pinners)
-        pinned |= between[k][pop_lsb(pinners)];
+    for (uint64_t snipers = (diagonal & bishop_empty[k]) | (straight & rook_empty[k]); snipers;) {
+        const uint64_t inside = between[k][pop_lsb(snipers)] & occ;
+        if (!inside)
+            check = true;
+        else if (!(inside & (inside - 1)))
+            pinned |= inside;
+    }
     p.pinned  = pinned & ours;
     p.incheck = check;
 }

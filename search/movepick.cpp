@@ -6,6 +6,7 @@
 #include "board/makemove.h"
 #include "board/movegen.h"
 #include "eval/tables.h"
+#include "search/tt.h"
 
 // Quiet keys of score_moves sit below every capture and promotion key.
 static constexpr int QUIET_OFFSET  = 16384;
@@ -71,6 +72,13 @@ void score_moves(SearchThread& t, Move* list, uint32_t count) {
     }
 }
 
+// Starts loading the table entries of every move of a short list at once: most of them are
+// searched soon, and by then the entries have had the whole list's time to arrive.
+static void prefetch_entries(const SearchThread& t, const Move* list, uint32_t count) {
+    for (uint32_t i = 0; i < count; ++i)
+        hash_prefetch(key_after(*t.pos, t.key, list[i]));
+}
+
 // Fills the list of the picker's current stage (0, 1 or 5) with its keyed entries.
 static void generate_stage(MovePicker& mp, SearchThread& t) {
     const Position& p = *t.pos;
@@ -79,14 +87,17 @@ static void generate_stage(MovePicker& mp, SearchThread& t) {
     switch (mp.stage) {
     case STAGE_EVASIONS:
         gen_evasions(p, mp.list, &mp.count, mp.underpromotions);
+        prefetch_entries(t, mp.list, mp.count);
         score_moves(t, mp.list, mp.count);
         break;
     case STAGE_CAPTURES:
         if (mp.checks_first_ply) {
             gen_checks(p, mp.list, &mp.count);
+            prefetch_entries(t, mp.list, mp.count);
             score_moves(t, mp.list, mp.count);
         } else {
             gen_captures(p, mp.list, &mp.count, mp.underpromotions);
+            prefetch_entries(t, mp.list, mp.count);
             for (uint32_t i = 0; i < mp.count; ++i)
                 if (move_promo(mp.list[i]) == 0)
                     mp.list[i] = with_key(mp.list[i], p.board[move_to(mp.list[i])]);

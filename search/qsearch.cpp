@@ -38,6 +38,9 @@ int qsearch(SearchThread& t, int pv, int alpha, int beta, int depth, int ply) {
     if (is_draw(t)) return 0;
 
     const int hash_depth = (depth == 0 || p.incheck) ? 0 : -1;
+    // Evaluated before the probe, even where a hit will bring its own stored value: the entry the
+    // parent started loading is usually still on its way from memory, and this work hides the wait.
+    const int fresh_eval = p.incheck ? 0 : evaluate(p);
     HashHit hit{};
     const bool found = hash_probe(t.key, ply, hit);
     if (found && !pv && hit.depth >= hash_depth &&
@@ -50,7 +53,7 @@ int qsearch(SearchThread& t, int pv, int alpha, int beta, int depth, int ply) {
     if (p.incheck) {
         to_beat = node_eval = ply - MATE;
     } else {
-        node_eval = found ? hit.eval : evaluate(p);
+        node_eval = found ? hit.eval : fresh_eval;
         to_beat   = node_eval;
         if (found) {
             if (hit.bound == BOUND_LOWER)
