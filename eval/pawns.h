@@ -41,6 +41,13 @@ inline uint64_t pack_pawn_score(int mg, int eg) {
                                                                   << 16;
 }
 
+// Starts loading a pawn key's entry (both cache lines it may span), for an evaluation soon after.
+inline void pawn_prefetch(uint64_t pawnkey) {
+    const char* e = reinterpret_cast<const char*>(&pawn_hash[pawnkey & PAWN_HASH_MASK]);
+    __builtin_prefetch(e);
+    __builtin_prefetch(e + sizeof(PawnEntry) - 1);
+}
+
 // Cached: probes the entry at pawnkey's low 20 bits, computes and overwrites it on a miss.
 PawnScore eval_pawns(const Position& p);
 // The structure terms computed from scratch, without the cache.

@@ -112,8 +112,7 @@ int search_root(SearchThread& t, int alpha, int beta, int depth) {
     TriedQuiets quiets;
     while (Move m = next_move(mp, t)) {
         if (!legal(p, m) || (filtered && root_skipped(main, m))) continue;
-        make_move(t, m);
-        hash_prefetch(t.key);
+        make_searched_move(t, m);
         ++count;
         if (main) {
             sc.pv_table[1][0] = 0;

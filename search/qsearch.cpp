@@ -74,8 +74,7 @@ int qsearch(SearchThread& t, int pv, int alpha, int beta, int depth, int ply) {
     while (Move m = next_move(mp, t)) {
         hash_prefetch(key_after(p, t.key, m));
         if (!legal(p, m)) continue;
-        make_move(t, m);
-        hash_prefetch(t.key);
+        make_searched_move(t, m);
         const int score = -qsearch(t, 0, -beta, -alpha, depth - 1, ply + 1);
         unmake_move(t);
         if (raise_best(best, alpha, beta, m, score) == Raise::Cutoff) break;

@@ -106,8 +106,7 @@ static bool prune_node(SearchThread& t, int alpha, int beta, int depth, int ply,
         while (Move m = next_move(mp, t)) {
             hash_prefetch(key_after(p, t.key, m));
             if (!legal(p, m)) continue;
-            make_move(t, m);
-            hash_prefetch(t.key);
+            make_searched_move(t, m);
             const int v = -search(t, 0, -rb, -rb + 1, depth - TRIAL_REDUCTION, ply + 1, 1, 0);
             unmake_move(t);
             if (v >= rb) {
@@ -224,8 +223,7 @@ int search(SearchThread& t, int pv, int alpha, int beta, int depth, int ply, int
             const int v  = search(t, 0, sb - 1, sb, depth / 2, ply, 0, m);
             if (v < sb) n = depth;
         }
-        make_move(t, m);
-        hash_prefetch(t.key);
+        make_searched_move(t, m);
         ++searched;
         if (writes_pv) sc.pv_table[ply + 1][0] = 0;
         int r = 0;

@@ -7,6 +7,8 @@
 #include <atomic>
 #include <cstdint>
 
+#include "board/makemove.h"
+#include "eval/pawns.h"
 #include "search/movepick.h"
 #include "search/thread.h"
 #include "search/threads.h"
@@ -45,6 +47,14 @@ extern const LmrTable lmr_table_data;
 inline constexpr auto& lmr_table = lmr_table_data.at;
 // Quiet moves searched before the rest are dropped, by improving and depth.
 extern const int lmp_table[2][11];
+
+// Makes a move of the search and starts loading what the new node reads first: its table entry
+// and its pawn-structure entry.
+inline void make_searched_move(SearchThread& t, Move m) {
+    make_move(t, m);
+    hash_prefetch(t.key);
+    pawn_prefetch(t.pos->pawnkey);
+}
 
 int qsearch(SearchThread& t, int pv, int alpha, int beta, int depth, int ply);
 int search(SearchThread& t, int pv, int alpha, int beta, int depth, int ply, int prune, Move excluded);
