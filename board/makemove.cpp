@@ -32,7 +32,6 @@ Position* make_move(PositionStack& t, Move m) {
     int dm       = pst_mg[mover][to] - pst_mg[mover][from];
     int de       = pst_eg[mover][to] - pst_eg[mover][from];
     p->rule50    = static_cast<uint8_t>(old->rule50 + 1);
-    if (old->cflag) key ^= castle_keys[old->cflag];
 
     const uint64_t mover_keys = piece_key(mover, from) ^ piece_key(mover, to);
     key ^= mover_keys;
@@ -88,10 +87,8 @@ Position* make_move(PositionStack& t, Move m) {
             // The castling bonus stands in for the rook's own square values.
             dm += CASTLE_BONUS;
         }
-        if (p->cflag) key ^= castle_keys[p->cflag];
     } else {
         p->type_bb[type] ^= from_to;
-        if (p->cflag) key ^= castle_keys[p->cflag];
         if (type == PAWN) {
             p->rule50       = 0;
             const int promo = move_promo(m);
@@ -135,6 +132,8 @@ Position* make_move(PositionStack& t, Move m) {
         p->eg = static_cast<int16_t>(p->eg - de);
     }
 
+    // The castling keys combine by exclusive or, so the rights lost cost one lookup.
+    if (p->cflag != old->cflag) key ^= castle_keys[p->cflag ^ old->cflag];
     t.key = key;
     ++t.histidx;
     t.keyhist[t.histidx] = key;

@@ -30,11 +30,7 @@ inline uint64_t key_after(const Position& p, uint64_t key, Move m) {
     key ^= turn_key ^ piece_key(mover, from) ^ piece_key(mover, to);
     if (captured != EMPTY) key ^= piece_key(captured, to);
     if (p.epsq != NO_SQUARE) key ^= ep_key(p.epsq);
-    if (p.cflag) {
-        const uint32_t kept = p.cflag & castle_mask[from] & castle_mask[to];
-        key ^= castle_keys[p.cflag];
-        if (kept) key ^= castle_keys[kept];
-    }
+    if (p.cflag) key ^= castle_keys[p.cflag & ~(castle_mask[from] & castle_mask[to])];
     return key;
 }
 // Makes a game move and keeps the game position in slot 0 (the key history grows by one).

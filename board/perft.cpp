@@ -175,11 +175,11 @@ template <int Us> static void count_leaves_bulk(const Position& p) {
     if (moves == 0) ++tot.checkmates;
 }
 
-// Each level holds its captures (all promotions) and its quiet moves, made in that order.
-static void perft_from(PositionStack& t, int depth) {
-    const Position& p = *t.pos;
-    // Castling rights are taken at their word only with the king on its home square.
-    if (depth <= 1 && !p.incheck && (!(p.cflag & 3) || p.wking == E1) && (!(p.cflag & 12) || p.bking == E8)) {
+// The last ply from the current position: from attack sets where they answer every question,
+// otherwise from the move list. Castling rights are taken at their word only with the king on its
+// home square.
+static void count_last_ply(const Position& p) {
+    if (!p.incheck && (!(p.cflag & 3) || p.wking == E1) && (!(p.cflag & 12) || p.bking == E8)) {
         if (p.side == WHITE)
             count_leaves_bulk<WHITE>(p);
         else
@@ -187,17 +187,23 @@ static void perft_from(PositionStack& t, int depth) {
         return;
     }
     MoveList caps, quiets;
-    gen_captures_quiets(*t.pos, caps.moves, &caps.count, quiets.moves, &quiets.count);
+    gen_captures_quiets(p, caps.moves, &caps.count, quiets.moves, &quiets.count);
+    count_leaves(p, caps, quiets);
+}
 
-    if (depth <= 1) {
-        count_leaves(*t.pos, caps, quiets);
-        return;
-    }
+// Each level holds its captures (all promotions) and its quiet moves, made in that order. The
+// level above the last counts each child's moves in place rather than through another call.
+static void perft_from(PositionStack& t, int depth) {
+    MoveList caps, quiets;
+    gen_captures_quiets(*t.pos, caps.moves, &caps.count, quiets.moves, &quiets.count);
     for (const MoveList* list : {&caps, &quiets}) {
         for (uint32_t i = 0; i < list->count; ++i) {
             if (!legal(*t.pos, list->moves[i])) continue;
             make_move(t, list->moves[i]);
-            perft_from(t, depth - 1);
+            if (depth == 2)
+                count_last_ply(*t.pos);
+            else
+                perft_from(t, depth - 1);
             unmake_move(t);
         }
     }
@@ -205,6 +211,9 @@ static void perft_from(PositionStack& t, int depth) {
 
 void perft(PositionStack& t, int depth) {
     const uint64_t before = t.nodes;
-    perft_from(t, depth);
+    if (depth <= 1)
+        count_last_ply(*t.pos);
+    else
+        perft_from(t, depth);
     add_nodes_searched(t.nodes - before);
 }
