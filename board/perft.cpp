@@ -100,35 +100,42 @@ template <int Us> static void count_leaves_bulk(const Position& p) {
         moves += popcount(targets);
         captures += popcount(targets & them);
     };
-    for (uint64_t b = pieces(p, Us, KNIGHT) & ~pinned; b;)
+    // A queen's diagonal and straight moves are counted apart: the two sets never overlap.
+    const uint64_t free = own & ~pinned;
+    for (uint64_t b = free & p.type_bb[KNIGHT]; b;)
         add(knight_attacks[pop_lsb(b)] & to_ok);
-    for (uint64_t b = pieces(p, Us, BISHOP) & ~pinned; b;)
+    for (uint64_t b = free & (p.type_bb[BISHOP] | p.type_bb[QUEEN]); b;)
         add(bishop_attacks(pop_lsb(b), occ) & to_ok);
-    for (uint64_t b = pieces(p, Us, ROOK) & ~pinned; b;)
+    for (uint64_t b = free & (p.type_bb[ROOK] | p.type_bb[QUEEN]); b;)
         add(rook_attacks(pop_lsb(b), occ) & to_ok);
-    for (uint64_t b = pieces(p, Us, QUEEN) & ~pinned; b;)
-        add(queen_attacks(pop_lsb(b), occ) & to_ok);
-    // A pinned slider moves only along its pin line, and only if it moves that way at all.
-    for (uint64_t b = own & pinned & ~p.type_bb[PAWN] & ~p.type_bb[KNIGHT]; b;) {
-        const int sq   = pop_lsb(b);
-        const int type = piece_type(p.board[sq]);
-        const uint64_t reach =
-            (type != ROOK ? bishop_attacks(sq, occ) : 0) | (type != BISHOP ? rook_attacks(sq, occ) : 0);
-        add(reach & to_ok & pin_line(k, sq));
+    if (pinned) {
+        // A pinned slider moves only along its pin line, and only if it moves that way at all.
+        for (uint64_t b = pinned & ~p.type_bb[PAWN] & ~p.type_bb[KNIGHT]; b;) {
+            const int sq   = pop_lsb(b);
+            const int type = piece_type(p.board[sq]);
+            const uint64_t reach =
+                (type != ROOK ? bishop_attacks(sq, occ) : 0) | (type != BISHOP ? rook_attacks(sq, occ) : 0);
+            add(reach & to_ok & pin_line(k, sq));
+        }
     }
 
-    // Pawn destinations, each set reached by distinct pawns; every promotion counts four times.
+    // Pawn destinations, each set reached by distinct pawns; a promotion counts once for each of
+    // the four pieces.
     const auto add_pawns = [&](uint64_t pushes, uint64_t takes) __attribute__((always_inline)) {
-        const int promoting = popcount(pushes & LAST_RANK) + popcount(takes & LAST_RANK);
-        moves += popcount(pushes & ~LAST_RANK) + popcount(takes & ~LAST_RANK) + PROMOTION_PIECES * promoting;
-        captures += popcount(takes & ~LAST_RANK) + PROMOTION_PIECES * popcount(takes & LAST_RANK);
-        promotes += PROMOTION_PIECES * promoting;
+        moves += popcount(pushes) + popcount(takes);
+        captures += popcount(takes);
+        if ((pushes | takes) & LAST_RANK) {
+            const int promoting = popcount(pushes & LAST_RANK) + popcount(takes & LAST_RANK);
+            moves += (PROMOTION_PIECES - 1) * promoting;
+            captures += (PROMOTION_PIECES - 1) * popcount(takes & LAST_RANK);
+            promotes += PROMOTION_PIECES * promoting;
+        }
     };
-    const uint64_t pawns = pieces(p, Us, PAWN);
-    const uint64_t free  = pawns & ~pinned;
-    const uint64_t step  = pawn_push<Us>(free) & empty;
-    add_pawns(step | double_pushes<Us>(step, empty), pawn_attacks_west<Us>(free) & them);
-    add_pawns(0, pawn_attacks_east<Us>(free) & them);
+    const uint64_t pawns      = pieces(p, Us, PAWN);
+    const uint64_t free_pawns = pawns & free;
+    const uint64_t step       = pawn_push<Us>(free_pawns) & empty;
+    add_pawns(step | double_pushes<Us>(step, empty), pawn_attacks_west<Us>(free_pawns) & them);
+    add_pawns(0, pawn_attacks_east<Us>(free_pawns) & them);
     for (uint64_t b = pawns & pinned; b;) {
         const int sq        = pop_lsb(b);
         const uint64_t line = pin_line(k, sq);
