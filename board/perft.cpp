@@ -84,10 +84,59 @@ static uint64_t pin_line(int k, int sq) {
     return (rook_empty[k] & bit(sq)) ? rook_empty[k] & rook_empty[sq] : bishop_empty[k] & bishop_empty[sq];
 }
 
+// The knights, bishops, rooks and queens of the side to move at the last ply, with each one's
+// attack set and move counts as they stand before the move that leads there. The level above the
+// last fills it once for all its moves: a move changes the count of only those pieces whose sets
+// hold one of the squares it empties or fills (or whose colour it changes), and of pinned pieces.
+namespace {
+struct PieceSets {
+    struct Piece {
+        uint64_t attacks;
+        int32_t moves, captures;
+        uint8_t sq, type;
+    };
+    int count        = 0;
+    int64_t moves    = 0;
+    int64_t captures = 0;
+    Piece piece[16];
+};
+} // namespace
+
+static uint64_t piece_attacks(int type, int sq, uint64_t occ) {
+    switch (type) {
+    case KNIGHT:
+        return knight_attacks[sq];
+    case BISHOP:
+        return bishop_attacks(sq, occ);
+    case ROOK:
+        return rook_attacks(sq, occ);
+    default:
+        return queen_attacks(sq, occ);
+    }
+}
+
+// The pieces of colour c in p, counted as if none were pinned.
+static void collect_piece_sets(const Position& p, int c, PieceSets& s) {
+    const uint64_t own = p.colour_bb[c], them = p.colour_bb[c ^ 1], occ = own | them;
+    s = PieceSets{};
+    for (uint64_t b = own & (p.type_bb[KNIGHT] | p.type_bb[BISHOP] | p.type_bb[ROOK] | p.type_bb[QUEEN]);
+         b;) {
+        const int sq           = pop_lsb(b);
+        const int type         = piece_type(p.board[sq]);
+        const uint64_t attacks = piece_attacks(type, sq, occ);
+        PieceSets::Piece& e    = s.piece[s.count++];
+        e = {attacks, popcount(attacks & ~own), popcount(attacks & them), static_cast<uint8_t>(sq),
+             static_cast<uint8_t>(type)};
+        s.moves += e.moves;
+        s.captures += e.captures;
+    }
+}
+
 // The last ply of a position not in check is counted from attack sets alone, with no move list:
-// a pinned piece keeps to its pin line, the king's steps and castling are tested against the
-// squares the other side attacks, and only the one or two en-passant captures get the full test.
-template <int Us> static void count_leaves_bulk(const Position& p) {
+// the pieces from their sets (changed: the squares whose occupant differs from when they were
+// collected), a pinned piece within its pin line, the king's steps and castling against the
+// squares the other side attacks; only the one or two en-passant captures get the full test.
+template <int Us> static void count_leaves_bulk(const Position& p, const PieceSets& s, uint64_t changed) {
     constexpr int PROMOTION_PIECES = 4;
     constexpr uint64_t LAST_RANK   = relative_rank_mask(Us, 7);
     const uint64_t own = p.colour_bb[Us], them = p.colour_bb[Us ^ 1];
@@ -100,23 +149,21 @@ template <int Us> static void count_leaves_bulk(const Position& p) {
         moves += popcount(targets);
         captures += popcount(targets & them);
     };
-    // A queen's diagonal and straight moves are counted apart: the two sets never overlap.
-    const uint64_t free = own & ~pinned;
-    for (uint64_t b = free & p.type_bb[KNIGHT]; b;)
-        add(knight_attacks[pop_lsb(b)] & to_ok);
-    for (uint64_t b = free & (p.type_bb[BISHOP] | p.type_bb[QUEEN]); b;)
-        add(bishop_attacks(pop_lsb(b), occ) & to_ok);
-    for (uint64_t b = free & (p.type_bb[ROOK] | p.type_bb[QUEEN]); b;)
-        add(rook_attacks(pop_lsb(b), occ) & to_ok);
-    if (pinned) {
-        // A pinned slider moves only along its pin line, and only if it moves that way at all.
-        for (uint64_t b = pinned & ~p.type_bb[PAWN] & ~p.type_bb[KNIGHT]; b;) {
-            const int sq   = pop_lsb(b);
-            const int type = piece_type(p.board[sq]);
-            const uint64_t reach =
-                (type != ROOK ? bishop_attacks(sq, occ) : 0) | (type != BISHOP ? rook_attacks(sq, occ) : 0);
-            add(reach & to_ok & pin_line(k, sq));
-        }
+    moves += s.moves;
+    captures += s.captures;
+    uint64_t redo = 0;
+    for (int i = 0; i < s.count; ++i) {
+        const PieceSets::Piece& e = s.piece[i];
+        redo |= static_cast<uint64_t>(((e.attacks & changed) | (bit(e.sq) & (changed | pinned))) != 0) << i;
+    }
+    while (redo) {
+        const PieceSets::Piece& e = s.piece[pop_lsb(redo)];
+        moves -= e.moves;
+        captures -= e.captures;
+        if (!(own & bit(e.sq))) continue; // taken by the move that led here
+        // A pinned piece moves only along its pin line (a knight never can).
+        const uint64_t line = (pinned & bit(e.sq)) ? pin_line(k, e.sq) : ~0ULL;
+        add(piece_attacks(e.type, e.sq, occ) & to_ok & line);
     }
 
     // Pawn destinations, each set reached by distinct pawns; a promotion counts once for each of
@@ -132,7 +179,7 @@ template <int Us> static void count_leaves_bulk(const Position& p) {
         }
     };
     const uint64_t pawns      = pieces(p, Us, PAWN);
-    const uint64_t free_pawns = pawns & free;
+    const uint64_t free_pawns = pawns & ~pinned;
     const uint64_t step       = pawn_push<Us>(free_pawns) & empty;
     add_pawns(step | double_pushes<Us>(step, empty), pawn_attacks_west<Us>(free_pawns) & them);
     add_pawns(0, pawn_attacks_east<Us>(free_pawns) & them);
@@ -185,12 +232,12 @@ template <int Us> static void count_leaves_bulk(const Position& p) {
 // The last ply from the current position: from attack sets where they answer every question,
 // otherwise from the move list. Castling rights are taken at their word only with the king on its
 // home square.
-static void count_last_ply(const Position& p) {
+static void count_last_ply(const Position& p, const PieceSets& s, uint64_t changed) {
     if (!p.incheck && (!(p.cflag & 3) || p.wking == E1) && (!(p.cflag & 12) || p.bking == E8)) {
         if (p.side == WHITE)
-            count_leaves_bulk<WHITE>(p);
+            count_leaves_bulk<WHITE>(p, s, changed);
         else
-            count_leaves_bulk<BLACK>(p);
+            count_leaves_bulk<BLACK>(p, s, changed);
         return;
     }
     MoveList caps, quiets;
@@ -201,14 +248,19 @@ static void count_last_ply(const Position& p) {
 // Each level holds its captures (all promotions) and its quiet moves, made in that order. The
 // level above the last counts each child's moves in place rather than through another call.
 static void perft_from(PositionStack& t, int depth) {
+    const Position& p = *t.pos;
     MoveList caps, quiets;
-    gen_captures_quiets(*t.pos, caps.moves, &caps.count, quiets.moves, &quiets.count);
+    gen_captures_quiets(p, caps.moves, &caps.count, quiets.moves, &quiets.count);
+    PieceSets theirs;
+    if (depth == 2) collect_piece_sets(p, p.side ^ 1, theirs);
     for (const MoveList* list : {&caps, &quiets}) {
         for (uint32_t i = 0; i < list->count; ++i) {
-            if (!legal(*t.pos, list->moves[i])) continue;
-            make_move(t, list->moves[i]);
+            if (!legal(p, list->moves[i])) continue;
+            const Position& child = *make_move(t, list->moves[i]);
             if (depth == 2)
-                count_last_ply(*t.pos);
+                count_last_ply(child, theirs,
+                               (occupancy(p) ^ occupancy(child)) |
+                                   (p.colour_bb[WHITE] ^ child.colour_bb[WHITE]));
             else
                 perft_from(t, depth - 1);
             unmake_move(t);
@@ -218,9 +270,11 @@ static void perft_from(PositionStack& t, int depth) {
 
 void perft(PositionStack& t, int depth) {
     const uint64_t before = t.nodes;
-    if (depth <= 1)
-        count_last_ply(*t.pos);
-    else
+    if (depth <= 1) {
+        PieceSets own;
+        collect_piece_sets(*t.pos, t.pos->side, own);
+        count_last_ply(*t.pos, own, 0);
+    } else
         perft_from(t, depth);
     add_nodes_searched(t.nodes - before);
 }
