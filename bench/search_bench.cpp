@@ -20,7 +20,8 @@ int main(int argc, char** argv) {
         std::printf("usage: search_bench [depth 1..%d]\n", MAX_DEPTH);
         return 1;
     }
-    for (int i = 0; i < 6; ++i) std::printf("bench: fen %d %s\n", i + 1, bench_positions[i]);
+    for (int i = 0; i < 6; ++i)
+        std::printf("bench: fen %d %s\n", i + 1, bench_positions[i]);
     for (int threads = 1; threads <= 2; ++threads) {
         FixedSearch runs[6];
         const uint64_t nodes = run_bench_positions(threads, HASH_MB, depth, runs);

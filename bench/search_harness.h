@@ -1,11 +1,15 @@
 #pragma once
-// Fixed searches of the six bench positions, shared by the signature program, the search
-// benchmark and the tests: the start-up tables without the rest of start-up, and one search of a
-// position after a fresh new game, through think() exactly as a game would run it.
+// Fixed searches of the six bench positions and of the perft suite's positions, shared by the
+// signature program, the search benchmark and the tests: the start-up tables without the rest of
+// start-up, and one search of a position after a fresh new game, through think() exactly as a
+// game would run it.
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <string>
+#include <vector>
 
 #include "board/attacks.h"
 #include "board/fen.h"
@@ -21,9 +25,12 @@
 #include "search/threads.h"
 #include "search/tt.h"
 
-// The signature: one thread, this depth, this table size, the six positions in order.
-inline constexpr int SIGNATURE_DEPTH   = 13;
-inline constexpr int SIGNATURE_HASH_MB = 16;
+// The signature: one thread, this table size, the six bench positions in order to the first
+// depth, then the positions of the perft suite in order to the second. The suite's endings,
+// promotions, checks and transpositions reach parts of the search the six positions do not.
+inline constexpr int SIGNATURE_DEPTH       = 13;
+inline constexpr int SUITE_SIGNATURE_DEPTH = 7;
+inline constexpr int SIGNATURE_HASH_MB     = 16;
 
 // The tables and the pawn cache start-up makes before any position exists; done once.
 inline void harness_tables_init() {
@@ -69,19 +76,51 @@ inline FixedSearch fixed_depth_search(SearchThread& game, const char* fen, int d
     return r;
 }
 
-// A fresh set of thread records (the move-ordering history starts empty), a table of the given
-// size, and each of the six bench positions searched in order. Returns the summed node count.
-inline uint64_t run_bench_positions(int threads, int hash_mb, int depth, FixedSearch out[6]) {
+// A fresh set of thread records (the move-ordering history starts empty) and a table of the given
+// size, searching each position of `fens` in order into out. Returns the summed node count.
+template <class Fens>
+uint64_t run_positions(int threads, int hash_mb, int depth, const Fens& fens, FixedSearch* out) {
     harness_tables_init();
     free_threads();
     set_threads(threads);
     hash_alloc(hash_mb);
     SearchThread* game = new SearchThread{};
     uint64_t total     = 0;
-    for (int i = 0; i < 6; ++i) {
-        out[i] = fixed_depth_search(*game, bench_positions[i], depth);
-        total += out[i].nodes;
+    size_t i           = 0;
+    for (const auto& fen : fens) {
+        out[i] = fixed_depth_search(*game, fen, depth);
+        total += out[i++].nodes;
     }
     delete game;
     return total;
+}
+
+inline uint64_t run_bench_positions(int threads, int hash_mb, int depth, FixedSearch out[6]) {
+    return run_positions(threads, hash_mb, depth, bench_positions, out);
+}
+
+// The positions of an EPD file: each line's text before " ;", blank and '#' lines skipped.
+inline std::vector<std::string> epd_positions(const char* path) {
+    std::vector<std::string> fens;
+    std::ifstream in(path);
+    for (std::string line; std::getline(in, line);)
+        if (!line.empty() && line[0] != '#') fens.push_back(line.substr(0, line.find(" ;")));
+    return fens;
+}
+
+struct NodeSignature {
+    uint64_t bench, suite; // 0 for the suite when its file cannot be read
+};
+
+// The node-count signature, with the perft suite read from suite_path.
+inline NodeSignature node_signature(const char* suite_path) {
+    FixedSearch bench[6];
+    const uint64_t b = run_bench_positions(1, SIGNATURE_HASH_MB, SIGNATURE_DEPTH, bench);
+    std::vector<const char*> fens;
+    const std::vector<std::string> suite = epd_positions(suite_path);
+    for (const std::string& fen : suite)
+        fens.push_back(fen.c_str());
+    std::vector<FixedSearch> runs(fens.size());
+    return {b,
+            fens.empty() ? 0 : run_positions(1, SIGNATURE_HASH_MB, SUITE_SIGNATURE_DEPTH, fens, runs.data())};
 }

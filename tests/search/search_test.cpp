@@ -10,18 +10,19 @@
 
 namespace {
 
-// Fixed-depth, one-thread searches of the six bench positions visit exactly the committed number
-// of nodes. A deliberate change of search behaviour updates tests/data/signature.txt with it.
+// Fixed-depth, one-thread searches of the six bench positions and the perft suite's visit exactly
+// the committed number of nodes. A deliberate change of search behaviour updates
+// tests/data/signature.txt with it.
 TEST(Signature, MatchesCommittedValue) {
     std::ifstream in(MORVAINE_SOURCE_DIR "/tests/data/signature.txt");
     uint64_t expected = 0;
     in >> expected;
     ASSERT_NE(expected, 0u) << "tests/data/signature.txt is missing or empty";
-    FixedSearch runs[6];
     testing::internal::CaptureStdout();
-    const uint64_t total = run_bench_positions(1, SIGNATURE_HASH_MB, SIGNATURE_DEPTH, runs);
+    const NodeSignature s = node_signature(MORVAINE_SOURCE_DIR "/tests/data/perft_suite.epd");
     testing::internal::GetCapturedStdout();
-    EXPECT_EQ(total, expected);
+    ASSERT_NE(s.suite, 0u);
+    EXPECT_EQ(s.bench + s.suite, expected);
 }
 
 TEST(See, ExchangeValues) {
@@ -66,7 +67,7 @@ TEST_F(Hash, ScoresSeenFromTheReadersPly) {
         int score, store_ply, probe_ply, read;
     } rows[] = {
         {MATE - 10, 4, 4, MATE - 10}, {MATE - 10, 4, 6, MATE - 12}, {MATE - 10, 4, 1, MATE - 7},
-        {10 - MATE, 4, 6, 12 - MATE}, {10 - MATE, 4, 1, 7 - MATE},   {-250, 3, 9, -250},
+        {10 - MATE, 4, 6, 12 - MATE}, {10 - MATE, 4, 1, 7 - MATE},  {-250, 3, 9, -250},
         {32000, 2, 7, 32000},
     };
     auto t = game_from(START_FEN);
@@ -100,7 +101,8 @@ TEST_F(Hash, EntryUnderConcurrentWriters) {
                     HashHit hit{};
                     if (!hash_probe((static_cast<uint64_t>(k + 1) << 40) | 0x1234, 0, hit)) continue;
                     ++hits;
-                    if (hit.move != static_cast<Move>(0x100 + k) || hit.score != 100 * k || hit.eval != 10 * k)
+                    if (hit.move != static_cast<Move>(0x100 + k) || hit.score != 100 * k ||
+                        hit.eval != 10 * k)
                         ++wrong;
                 }
             }
