@@ -127,10 +127,20 @@ static void generate_stage(MovePicker& mp, SearchThread& t) {
 }
 
 // Swaps the greatest remaining entry (the first of equals) into the next position and takes it.
-static Move pick_best(MovePicker& mp) {
-    uint32_t best = mp.index;
-    for (uint32_t i = mp.index + 1; i < mp.count; ++i)
-        if (static_cast<int32_t>(mp.list[i]) > static_cast<int32_t>(mp.list[best])) best = i;
+// The runner-up found on the way is the next pick, so its table entry starts loading now and has
+// the whole search of this move to arrive.
+static Move pick_best(MovePicker& mp, const SearchThread& t) {
+    uint32_t best = mp.index, second = mp.index;
+    for (uint32_t i = mp.index + 1; i < mp.count; ++i) {
+        if (static_cast<int32_t>(mp.list[i]) > static_cast<int32_t>(mp.list[best])) {
+            second = best;
+            best   = i;
+        } else if (second == best ||
+                   static_cast<int32_t>(mp.list[i]) > static_cast<int32_t>(mp.list[second])) {
+            second = i;
+        }
+    }
+    if (second != best) hash_prefetch(key_after(*t.pos, t.key, mp.list[second]));
     const Move m        = mp.list[best];
     mp.list[best]       = mp.list[mp.index];
     mp.list[mp.index++] = m;
@@ -166,7 +176,7 @@ Move next_move(MovePicker& mp, SearchThread& t) {
         case STAGE_QUIETS:
             if (!mp.generated) generate_stage(mp, t);
             while (mp.index < mp.count) {
-                const Move m = pick_best(mp);
+                const Move m = pick_best(mp, t);
                 if ((m & MOVE_WORD_BITS) == mp.hash_move) continue;
                 if (mp.stage == STAGE_CAPTURES) {
                     const int value = see(p, m);
