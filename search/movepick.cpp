@@ -127,8 +127,8 @@ static void generate_stage(MovePicker& mp, SearchThread& t) {
 }
 
 // Swaps the greatest remaining entry (the first of equals) into the next position and takes it.
-// The runner-up found on the way is the next pick, so its table entry starts loading now and has
-// the whole search of this move to arrive.
+// The runner-up found on the way is almost always the next pick, so its table entry starts loading
+// now and has the whole search of this move to arrive.
 static Move pick_best(MovePicker& mp, const SearchThread& t) {
     uint32_t best = mp.index, second = mp.index;
     for (uint32_t i = mp.index + 1; i < mp.count; ++i) {
