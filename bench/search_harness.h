@@ -99,13 +99,17 @@ inline uint64_t run_bench_positions(int threads, int hash_mb, int depth, FixedSe
     return run_positions(threads, hash_mb, depth, bench_positions, out);
 }
 
-// The positions of an EPD file: each line's text before " ;", blank and '#' lines skipped.
-inline std::vector<std::string> epd_positions(const char* path) {
-    std::vector<std::string> fens;
+// The records of an EPD file, blank and '#' lines skipped; a record's position is its text before
+// " ;", the operations (";D1 20" and so on) follow.
+inline std::vector<std::string> epd_records(const char* path) {
+    std::vector<std::string> records;
     std::ifstream in(path);
     for (std::string line; std::getline(in, line);)
-        if (!line.empty() && line[0] != '#') fens.push_back(line.substr(0, line.find(" ;")));
-    return fens;
+        if (!line.empty() && line[0] != '#') records.push_back(line);
+    return records;
+}
+inline std::string epd_position(const std::string& record) {
+    return record.substr(0, record.find(" ;"));
 }
 
 struct NodeSignature {
@@ -116,8 +120,10 @@ struct NodeSignature {
 inline NodeSignature node_signature(const char* suite_path) {
     FixedSearch bench[6];
     const uint64_t b = run_bench_positions(1, SIGNATURE_HASH_MB, SIGNATURE_DEPTH, bench);
+    std::vector<std::string> suite;
+    for (const std::string& record : epd_records(suite_path))
+        suite.push_back(epd_position(record));
     std::vector<const char*> fens;
-    const std::vector<std::string> suite = epd_positions(suite_path);
     for (const std::string& fen : suite)
         fens.push_back(fen.c_str());
     std::vector<FixedSearch> runs(fens.size());

@@ -128,7 +128,8 @@ static void generate_stage(MovePicker& mp, SearchThread& t) {
 
 // Swaps the greatest remaining entry (the first of equals) into the next position and takes it.
 // The runner-up found on the way is almost always the next pick, so its table entry starts loading
-// now and has the whole search of this move to arrive.
+// now and has the whole search of this move to arrive. Lists prefetched whole when generated gain
+// from it too (measured): the searches in between push their lines out of the nearest cache.
 static Move pick_best(MovePicker& mp, const SearchThread& t) {
     uint32_t best = mp.index, second = mp.index;
     for (uint32_t i = mp.index + 1; i < mp.count; ++i) {

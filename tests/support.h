@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <memory>
 #include <random>
 #include <sstream>
@@ -44,11 +43,9 @@ struct SuiteEntry {
 };
 
 inline std::vector<SuiteEntry> perft_suite() {
-    std::ifstream in(MORVAINE_SOURCE_DIR "/tests/data/perft_suite.epd");
     std::vector<SuiteEntry> suite;
-    for (std::string line; std::getline(in, line);) {
-        if (line.empty() || line[0] == '#') continue;
-        SuiteEntry e{line.substr(0, line.find(" ;")), {}};
+    for (const std::string& line : epd_records(MORVAINE_SOURCE_DIR "/tests/data/perft_suite.epd")) {
+        SuiteEntry e{epd_position(line), {}};
         for (size_t at = line.find(";D"); at != std::string::npos; at = line.find(";D", at + 1)) {
             std::istringstream fields(line.substr(at + 2));
             int depth       = 0;
