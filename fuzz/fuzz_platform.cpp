@@ -7,6 +7,8 @@
 #include <cstring>
 #include <ctime>
 #include <deque>
+#include <filesystem>
+#include <fstream>
 #include <thread>
 
 #include "driver/engine_state.h"
@@ -91,4 +93,34 @@ void* large_alloc(size_t bytes) {
 
 void large_free(void* block, size_t) {
     std::free(block);
+}
+
+// A file is read whole into a heap block of its exact size, so that ASan reports any read past
+// its end as it would past a mapping's.
+bool map_file(const char* path, MappedFile& out) {
+    out = MappedFile{nullptr, 0, nullptr};
+    std::ifstream in(path, std::ios::binary | std::ios::ate);
+    if (!in) return false;
+    const std::streamoff size = in.tellg();
+    if (size <= 0) return false;
+    auto* block = static_cast<uint8_t*>(std::malloc(static_cast<size_t>(size)));
+    in.seekg(0);
+    if (!block || !in.read(reinterpret_cast<char*>(block), size)) {
+        std::free(block);
+        return false;
+    }
+    out = MappedFile{block, static_cast<size_t>(size), nullptr};
+    return true;
+}
+
+void unmap_file(MappedFile& file) {
+    std::free(const_cast<uint8_t*>(file.data));
+    file = MappedFile{nullptr, 0, nullptr};
+}
+
+bool list_folder(const char* path, std::vector<std::string>& names) {
+    std::error_code ec;
+    for (const auto& e : std::filesystem::directory_iterator(path, ec))
+        if (e.is_regular_file(ec)) names.push_back(e.path().filename().string());
+    return !ec;
 }

@@ -4,6 +4,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
+#include <vector>
 
 // Once, first thing at start-up: stdout unbuffered, a closed reader must not kill us by signal.
 void platform_init();
@@ -25,3 +27,17 @@ void exit_if_output_lost();
 // TLB as well as the cache. nullptr when the memory is not there. Free only with large_free.
 void* large_alloc(size_t bytes);
 void large_free(void* block, size_t bytes);
+
+// A whole file mapped read-only into memory, for the endgame tables: the system pages it in as it
+// is read and shares it between the engine's threads. `handle` is the system's own record.
+struct MappedFile {
+    const uint8_t* data;
+    size_t size;
+    void* handle;
+};
+// Maps the file; false (and out zeroed) when it cannot be opened, is empty or cannot be mapped.
+bool map_file(const char* path, MappedFile& out);
+void unmap_file(MappedFile& file);
+// The names of the plain files in a folder (not its subfolders); false when the folder cannot be
+// read. Names come in no particular order.
+bool list_folder(const char* path, std::vector<std::string>& names);

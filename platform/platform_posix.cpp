@@ -8,7 +8,10 @@
 #include <cstdlib>
 #include <ctime>
 
+#include <dirent.h>
+#include <fcntl.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <sys/mman.h>
 #include <sys/ioctl.h>
 #include <termios.h>
@@ -143,4 +146,36 @@ void* large_alloc(size_t bytes) {
 
 void large_free(void* block, size_t bytes) {
     if (block) munmap(block, bytes);
+}
+
+bool map_file(const char* path, MappedFile& out) {
+    out = MappedFile{nullptr, 0, nullptr};
+    const int fd = open(path, O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return false;
+    struct stat st{};
+    void* at = MAP_FAILED;
+    if (fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && st.st_size > 0)
+        at = mmap(nullptr, static_cast<size_t>(st.st_size), PROT_READ, MAP_SHARED, fd, 0);
+    // The mapping outlives the descriptor.
+    close(fd);
+    if (at == MAP_FAILED) return false;
+    out = MappedFile{static_cast<const uint8_t*>(at), static_cast<size_t>(st.st_size), nullptr};
+    return true;
+}
+
+void unmap_file(MappedFile& file) {
+    if (file.data) munmap(const_cast<uint8_t*>(file.data), file.size);
+    file = MappedFile{nullptr, 0, nullptr};
+}
+
+bool list_folder(const char* path, std::vector<std::string>& names) {
+    DIR* dir = opendir(path);
+    if (!dir) return false;
+    while (const dirent* e = readdir(dir)) {
+        const std::string full = std::string(path) + "/" + e->d_name;
+        struct stat st{};
+        if (stat(full.c_str(), &st) == 0 && S_ISREG(st.st_mode)) names.emplace_back(e->d_name);
+    }
+    closedir(dir);
+    return true;
 }

@@ -136,3 +136,41 @@ void* large_alloc(size_t bytes) {
 void large_free(void* block, size_t) {
     if (block) VirtualFree(block, 0, MEM_RELEASE);
 }
+
+bool map_file(const char* path, MappedFile& out) {
+    out = MappedFile{nullptr, 0, nullptr};
+    HANDLE file = CreateFileA(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                              FILE_FLAG_RANDOM_ACCESS, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    LARGE_INTEGER size{};
+    HANDLE mapping = nullptr;
+    if (GetFileSizeEx(file, &size) && size.QuadPart > 0)
+        mapping = CreateFileMappingA(file, nullptr, PAGE_READONLY, 0, 0, nullptr);
+    // The mapping object keeps the file open.
+    CloseHandle(file);
+    if (!mapping) return false;
+    void* at = MapViewOfFile(mapping, FILE_MAP_READ, 0, 0, 0);
+    if (!at) {
+        CloseHandle(mapping);
+        return false;
+    }
+    out = MappedFile{static_cast<const uint8_t*>(at), static_cast<size_t>(size.QuadPart), mapping};
+    return true;
+}
+
+void unmap_file(MappedFile& file) {
+    if (file.data) UnmapViewOfFile(file.data);
+    if (file.handle) CloseHandle(static_cast<HANDLE>(file.handle));
+    file = MappedFile{nullptr, 0, nullptr};
+}
+
+bool list_folder(const char* path, std::vector<std::string>& names) {
+    WIN32_FIND_DATAA found;
+    HANDLE search = FindFirstFileA((std::string(path) + "\\*").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) return GetLastError() == ERROR_FILE_NOT_FOUND;
+    do {
+        if (!(found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) names.emplace_back(found.cFileName);
+    } while (FindNextFileA(search, &found));
+    FindClose(search);
+    return true;
+}
