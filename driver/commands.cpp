@@ -5,6 +5,7 @@
 
 #include "driver/commands.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -217,6 +218,8 @@ static int cmd_level(SearchThread&) {
     clock_inputs.time_left   = saturated(static_cast<double>(seconds) * 1000.0);
     clock_inputs.increment   = saturated(std::atof(tokens[3]) * 1000.0);
     clock_inputs.level_moves = moves != 0 ? moves : 1000;
+    // A control replaces a fixed time per move: the last of "level" and "st" decides.
+    clock_inputs.move_time = 0;
     return CMD_DONE;
 }
 
@@ -281,6 +284,17 @@ static int cmd_sd(SearchThread&) {
     }
     int depth                = int_argument();
     clock_inputs.depth_limit = depth > MAX_SEARCH_DEPTH ? MAX_SEARCH_DEPTH : depth;
+    return CMD_DONE;
+}
+
+// A fixed time per move, in seconds (fractions too): each search ends by then, or sooner at the
+// depth limit of "sd". "st 0" goes back to the clock.
+static int cmd_st(SearchThread&) {
+    if (!has_argument()) {
+        std::puts("usage: st <seconds>");
+        return CMD_DONE;
+    }
+    clock_inputs.move_time = std::max(saturated(std::atof(tokens[1]) * 1000.0), 0);
     return CMD_DONE;
 }
 
@@ -389,7 +403,7 @@ constexpr Command commands[] = {
     {"result",      false, cmd_result},
     {"savepos",     false, cmd_savepos},
     {"sd",          false, cmd_sd},
-    {"st",          false, cmd_nothing},
+    {"st",          false, cmd_st},
     {"time",        false, cmd_time},
     {"trace",       false, cmd_trace},
     {"xtrace",      false, cmd_xtrace},

@@ -24,11 +24,11 @@
 
 // Without a clock limit the hard limit sits far beyond any real search.
 constexpr uint64_t NO_HARD_LIMIT = 1ULL << 30;
-// A move-time search gives this much back for the answer to travel.
-constexpr int MOVE_TIME_RESERVE = 150;
-constexpr int POLL_MS           = 2;
-// Without a running clock (a console "go", a GUI's clock at zero) and in the depth and move-time
-// modes, the time limits only apply once an iteration of this depth is complete.
+constexpr int POLL_MS            = 2;
+
+// Without a running clock (a console "go", a GUI's clock at zero) the search goes to this depth.
+constexpr int UNTIMED_DEPTH = 14;
+// In depth mode, soft limits left by an earlier clock search only apply from this depth on.
 constexpr int UNTIMED_LIMIT_DEPTH = 14;
 // Sudden death: the clock is spread as if this many moves were left.
 constexpr int64_t SUDDEN_DEATH_MOVES = 40;
@@ -71,30 +71,48 @@ static void clock_limits(TimeAllotment& ta, int64_t time_left, int64_t inc, int 
     ta.limit_depth     = 0;
 }
 
+// A fixed time per move (UCI "movetime", XBoard "st"): the search ends that time less the overhead,
+// or the lag measured when that is more, but is never cut below half of it. No soft limit ends it
+// sooner; only its depth limit (or a search that has nothing left to find) does.
+static void move_time_limits(TimeAllotment& ta, int64_t move_time, int64_t overhead, int64_t lag) {
+    const int64_t reserve = std::max<int64_t>(overhead, std::clamp<int64_t>(lag, 0, MOST_LAG));
+    const int64_t hard    = std::max(move_time - reserve, move_time / 2);
+    ta.hard_limit         = static_cast<uint64_t>(std::max<int64_t>(hard, 1));
+    ta.set_time_limits    = true;
+    ta.limit_depth        = 0;
+}
+
 TimeAllotment compute_limits(int depth_limit, int move_time, int time_left, int increment, int moves_to_go,
                              int overhead, int lag) {
     TimeAllotment ta{};
     ta.max_depth   = MAX_DEPTH;
     ta.hard_limit  = NO_HARD_LIMIT;
     ta.limit_depth = UNTIMED_LIMIT_DEPTH;
-    if (depth_limit > 0) {
-        ta.max_depth = std::min(depth_limit, MAX_DEPTH);
-        return ta;
-    }
+    // A depth and a move time together: whichever comes first ends the search.
+    if (depth_limit > 0) ta.max_depth = std::min(depth_limit, MAX_DEPTH);
     if (move_time > 0) {
-        ta.hard_limit = static_cast<uint64_t>(std::max(move_time, MOVE_TIME_RESERVE + 1) - MOVE_TIME_RESERVE);
+        move_time_limits(ta, move_time, overhead, lag);
         return ta;
     }
+    if (depth_limit > 0) return ta;
 
-    // A running clock is planned; without one (no time left, no increment) the search goes on until
-    // depth 14 has its best move, the hard limit of 0 stopping it there.
+    // A running clock is planned; without one (no time left, no increment) the search goes to
+    // depth 14 and ends there, whatever soft limits an earlier search left.
     if (time_left > 0 || increment > 0) {
         clock_limits(ta, time_left, increment, moves_to_go, overhead, lag);
     } else {
-        ta.hard_limit      = 0;
+        ta.max_depth       = UNTIMED_DEPTH;
         ta.set_time_limits = true;
     }
     return ta;
+}
+
+// A stop asked for (by the clock, the input, "stop" or "quit") waits until the first iteration is
+// complete: that takes microseconds, and its move is a searched one, never just the first legal move.
+static bool stop_wanted = false;
+
+static void request_stop() {
+    stop_wanted = true;
 }
 
 // The answer to "." during analysis: time, nodes, depth, moves left to search at the root, and
@@ -130,7 +148,7 @@ static void analysis_input(SearchThread& game) {
         print_book_listing(game);
     } else {
         protocol.held_line = 1;
-        sc.stop.store(1, std::memory_order_relaxed);
+        request_stop();
     }
 }
 
@@ -145,16 +163,16 @@ static void input_check(SearchThread& game) {
         if (protocol.analyze_mode)
             analysis_input(game);
         else
-            sc.stop.store(1, std::memory_order_relaxed);
+            request_stop();
     } else if (protocol.analyze_mode && !protocol.uci_mode.load(std::memory_order_relaxed)) {
         if (key_waiting()) {
             const int c = read_key();
             std::printf("#interupt abort kbhit %c\n", c);
-            sc.stop.store(1, std::memory_order_relaxed);
+            request_stop();
         } else if (!input_is_console() && input_pending()) {
             // Console lines through a pipe have no keyboard behind them: a waiting line (or the
             // end of the input) ends the analysis instead and is left for the loop to read.
-            sc.stop.store(1, std::memory_order_relaxed);
+            request_stop();
         }
     }
 }
@@ -190,7 +208,7 @@ static void uci_search_input() {
         auto is = [&](const char* word) { return line.compare(0, std::strlen(word), word) == 0; };
         if (is("stop")) {
             answer_held = ponder_until_hit = false;
-            stop_now();
+            request_stop();
         } else if (is("ponderhit")) {
             if (!ponder_until_hit) continue;
             ponder_until_hit = false;
@@ -201,8 +219,14 @@ static void uci_search_input() {
         } else {
             protocol.uci_quit = true;
             answer_held       = false;
-            stop_now();
+            request_stop();
         }
+    }
+    // The input has ended: the GUI has gone, and the search ends as at "stop" and "quit".
+    if (uci_input_ended() && !protocol.uci_quit) {
+        protocol.uci_quit = true;
+        answer_held = ponder_until_hit = false;
+        request_stop();
     }
 }
 
@@ -283,6 +307,7 @@ static void set_search_kind() {
     sc.show_root      = xboard && protocol.analyze_mode;
     sc.pondering      = protocol.pondering != 0;
     sc.uci_output     = protocol.uci_mode.load(std::memory_order_relaxed) != 0;
+    sc.xboard_output  = xboard;
     sc.display_depth  = protocol.display_depth;
 }
 
@@ -303,27 +328,35 @@ void think(SearchThread& game) {
     const bool uci   = protocol.uci_mode.load(std::memory_order_relaxed);
     const bool timed = timed_move();
     if (timed) measure_lag();
-    TimeAllotment ta = compute_limits(
-        clock_inputs.depth_limit, clock_inputs.move_time, clock_inputs.time_left, clock_inputs.increment,
-        clock_inputs.moves_to_go, protocol.move_overhead, clock_inputs.measured.lag);
-    answer_held         = uci && (clock_inputs.go_infinite || clock_inputs.go_ponder);
-    ponder_until_hit    = uci && clock_inputs.go_ponder;
-    limits_at_ponderhit = ta;
+    // An analysis runs until it is told to end: a time per move set for games does not apply.
+    const int move_time = protocol.analyze_mode ? 0 : clock_inputs.move_time;
+    TimeAllotment ta =
+        compute_limits(clock_inputs.depth_limit, move_time, clock_inputs.time_left, clock_inputs.increment,
+                       clock_inputs.moves_to_go, protocol.move_overhead, clock_inputs.measured.lag);
+    answer_held           = uci && (clock_inputs.go_infinite || clock_inputs.go_ponder);
+    ponder_until_hit      = uci && clock_inputs.go_ponder;
+    limits_at_ponderhit   = ta;
+    const int depth_asked = clock_inputs.depth_limit > 0 ? ta.max_depth : MAX_DEPTH;
     if (uci && open_ended()) {
         ta.hard_limit      = NO_HARD_LIMIT;
+        ta.max_depth       = depth_asked;
         ta.set_time_limits = true;
         std::fill(std::begin(ta.time_limits), std::end(ta.time_limits), 0);
     }
     // A ponder search runs until the opponent's move arrives, whatever the clock.
-    if (protocol.pondering) ta.limit_depth = MAX_DEPTH + 1;
+    if (protocol.pondering) {
+        ta.limit_depth = MAX_DEPTH + 1;
+        ta.max_depth   = depth_asked;
+    }
     sc.max_depth    = ta.max_depth;
     sc.search_start = get_ms();
     apply_limits(ta, sc.search_start);
     set_search_kind();
     set_uci_limits();
     pst_init(*game.pos);
-    Move fallback = 0;
-    if (position_playable(*game.pos)) {
+    Move fallback       = 0;
+    const bool searched = position_playable(*game.pos);
+    if (searched) {
         Move moves[MAX_MOVES];
         if (legal_moves(*game.pos, moves) > 0)
             fallback = sc.root_move_count > 0 ? sc.root_moves[0] : moves[0];
@@ -340,6 +373,7 @@ void think(SearchThread& game) {
             sc.stop.store(1, std::memory_order_relaxed);
     }
 
+    stop_wanted = false;
     while (!sc.stop.load(std::memory_order_relaxed)) {
         {
             std::lock_guard<std::mutex> hold(sc.search_lock);
@@ -347,12 +381,13 @@ void think(SearchThread& game) {
             if (sc.elapsed >= static_cast<double>(sc.hard_limit) &&
                 sc.best_depth.load(std::memory_order_relaxed) >=
                     sc.limit_depth.load(std::memory_order_relaxed))
-                sc.stop.store(1, std::memory_order_relaxed);
+                stop_wanted = true;
         }
         if (uci)
             uci_search_input();
         else
             input_check(game);
+        if (stop_wanted && (!searched || sc.completed_depth.load(std::memory_order_relaxed) >= 1)) stop_now();
         sleep_ms(POLL_MS);
     }
     join_search();

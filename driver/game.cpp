@@ -77,6 +77,7 @@ static void set_best_move(Move m) {
     sc.pv_table[0][0] = m;
     sc.pv_table[0][1] = 0;
     sc.search_start   = think_start;
+    sc.xboard_output  = protocol.xboard_mode != 0;
     for (int i = 0; i < thread_count(); ++i)
         set_thread_nodes(search_record(i), 0);
 }

@@ -198,7 +198,9 @@ void uci_loop(SearchThread& game) {
     for (;;) {
         // A GUI that has gone away cannot read the answers: end quietly.
         exit_if_output_lost();
-        const std::string line = uci_input_next();
+        // The end of the input ends the dialect, and with it the program, like "quit".
+        std::string line;
+        if (!uci_input_next(line)) return;
         // The line keeps a line end, so that a word's separator is always there to step over.
         std::snprintf(uci_line, sizeof uci_line, "%s\n", line.c_str());
         if (!uci_command(game, uci_line)) return;

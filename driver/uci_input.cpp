@@ -10,13 +10,12 @@
 
 namespace {
 
-constexpr int EOF_RETRY_MS = 10;
-
 struct Queue {
     std::mutex lock;
     std::condition_variable arrived;
     std::deque<std::string> lines;
     bool running = false;
+    bool ended   = false; // the input has ended: no line will come after those queued
 };
 
 // On the heap and never destroyed: the reader may still be using it when the program ends, and
@@ -26,20 +25,22 @@ Queue& queue() {
     return *q;
 }
 
-// A line longer than the buffer arrives in pieces, each taken as a line of its own.
+// A line longer than the buffer arrives in pieces, each taken as a line of its own. At the end of
+// the input the reader says so and ends: a GUI that has gone sends nothing more.
 void read_lines() {
     static char buffer[UCI_LINE_SIZE];
     Queue& q = queue();
     for (;;) {
-        if (!read_line(buffer, UCI_LINE_SIZE - 1)) {
-            sleep_ms(EOF_RETRY_MS);
-            continue;
-        }
+        const bool got = read_line(buffer, UCI_LINE_SIZE - 1);
         {
             std::lock_guard<std::mutex> hold(q.lock);
-            q.lines.emplace_back(buffer);
+            if (got)
+                q.lines.emplace_back(buffer);
+            else
+                q.ended = true;
         }
         q.arrived.notify_one();
+        if (!got) return;
     }
 }
 
@@ -55,13 +56,20 @@ void uci_input_start() {
     q.running = true;
 }
 
-std::string uci_input_next() {
+bool uci_input_next(std::string& line) {
     Queue& q = queue();
     std::unique_lock<std::mutex> hold(q.lock);
-    q.arrived.wait(hold, [&] { return !q.lines.empty(); });
-    std::string line = std::move(q.lines.front());
+    q.arrived.wait(hold, [&] { return !q.lines.empty() || q.ended; });
+    if (q.lines.empty()) return false;
+    line = std::move(q.lines.front());
     q.lines.pop_front();
-    return line;
+    return true;
+}
+
+bool uci_input_ended() {
+    Queue& q = queue();
+    std::lock_guard<std::mutex> hold(q.lock);
+    return q.ended;
 }
 
 bool uci_input_take(const char* const* words, int count, const char* barrier, std::string& line) {

@@ -12,9 +12,11 @@ constexpr int UCI_LINE_SIZE = 32758;
 
 // Starts the reader (once). From then on no other code reads standard input.
 void uci_input_start();
-// The next line in arrival order, waiting for one. Input never ends for the UCI dialect: at the
-// end of input the reader keeps trying every 10 ms, and this keeps waiting.
-std::string uci_input_next();
+// The next line in arrival order, waiting for one; false once the input has ended and every line
+// has been taken.
+bool uci_input_next(std::string& line);
+// Whether the input has ended (lines may still be queued).
+bool uci_input_ended();
 // Takes out the first waiting line that begins with one of the words, leaving the others in their
 // order; false when there is none before the first line that begins with the barrier word (or no
 // reader runs).

@@ -209,6 +209,7 @@ static void deepen(SearchThread& t) {
         }
         if (main) {
             if (sc.multipv > 1 && !search_other_lines(t, depth)) return;
+            sc.completed_depth.store(depth, std::memory_order_relaxed);
             report();
             // A mate within the moves asked for is proven.
             if (sc.mate_limit > 0 && score >= MATE - (2 * sc.mate_limit - 1)) return;

@@ -14,6 +14,7 @@ static constexpr int LINE_SIZE = 1024;
 // Beyond this score a line is a mate announcement and carries the whole variation.
 static constexpr int MATE_SHOWN = 32631;
 static constexpr int PV_SHOWN = 6, PV_SHOWN_MATE = 99;
+static constexpr int XBOARD_MATE = 100000;
 
 uint64_t total_nodes() {
     uint64_t sum = 0;
@@ -65,6 +66,14 @@ void print_info() {
             print_info_line(shown++, sc.extra_scores[k], sc.extra_pvs[k], nodes, elapsed, hashfull);
 }
 
+// The thinking line's score: centipawns, and a mate either as the engine's own score with "#" after
+// the variation (a person reads that well) or, for XBoard GUIs, as 100000 + N for a mate in N moves
+// and -100000 - N for being mated in N, with the variation's moves left plain.
+static int thinking_score(int score, bool xboard) {
+    if (!xboard || std::abs(score) <= MATE_SHOWN) return score;
+    return score > 0 ? XBOARD_MATE + (MATE - score + 1) / 2 : -XBOARD_MATE - (MATE + score) / 2;
+}
+
 void print_thinking() {
     const uint64_t nodes  = total_nodes();
     const int64_t elapsed = get_ms() - sc.search_start;
@@ -72,14 +81,15 @@ void print_thinking() {
     const bool mate       = std::abs(score) > MATE_SHOWN;
     char line[LINE_SIZE];
     int n = snprintf(line, sizeof line, "%d %d %d %" PRId64, sc.best_depth.load(std::memory_order_relaxed),
-                     score, static_cast<int>(elapsed / 10), static_cast<int64_t>(nodes));
+                     thinking_score(score, sc.xboard_output), static_cast<int>(elapsed / 10),
+                     static_cast<int64_t>(nodes));
     char* out       = line + n;
     const int shown = mate ? PV_SHOWN_MATE : PV_SHOWN;
     for (int i = 0; i < shown && sc.pv_table[0][i] != 0; ++i) {
         *out++ = ' ';
         out    = write_move(out, sc.pv_table[0][i]);
     }
-    if (mate) *out++ = '#';
+    if (mate && !sc.xboard_output) *out++ = '#';
     *out++ = '\n';
     fwrite(line, 1, static_cast<size_t>(out - line), stdout);
 }

@@ -68,6 +68,7 @@ void prepare_record(SearchThread& r, const SearchThread& game, uint32_t id) {
 void start_search(const SearchThread& game) {
     ++hash_age;
     std::memset(sc.pv_table, 0, sizeof sc.pv_table);
+    sc.completed_depth.store(0, std::memory_order_relaxed);
     for (int i = 0; i < record_count; ++i) {
         prepare_record(*records[i], game, static_cast<uint32_t>(i));
         try {
@@ -100,6 +101,7 @@ void reset_search_state() {
         limit.store(0, std::memory_order_relaxed);
     sc.time_slot.store(0, std::memory_order_relaxed);
     sc.best_depth.store(0, std::memory_order_relaxed);
+    sc.completed_depth.store(0, std::memory_order_relaxed);
     sc.best_score.store(0, std::memory_order_relaxed);
     sc.elapsed = 0;
     sc.root_move.store(0, std::memory_order_relaxed);

@@ -13,10 +13,11 @@ constexpr int MAX_MULTIPV = 256;
 struct SearchControl {
     std::atomic<int> stop;
     // What the driver asks of this search, set before the threads start.
-    bool analysis;   // an analysis: underpromotions at every ply, widened windows reported
-    bool show_root;  // the root move being searched is published (XBoard analysis, for ".")
-    bool pondering;  // a ponder search: wider aspiration windows
-    bool uci_output; // progress lines in UCI form, else thinking lines from display_depth on
+    bool analysis;      // an analysis: underpromotions at every ply, widened windows reported
+    bool show_root;     // the root move being searched is published (XBoard analysis, for ".")
+    bool pondering;     // a ponder search: wider aspiration windows
+    bool uci_output;    // progress lines in UCI form, else thinking lines from display_depth on
+    bool xboard_output; // thinking lines in XBoard form: mates as 100000 + N moves, plain moves
     int display_depth;
     int max_depth;        // last iteration the deepening may start
     int64_t search_start; // get_ms() at the start of the search
@@ -33,6 +34,7 @@ struct SearchControl {
     uint32_t root_moves[MAX_MOVES];
     std::atomic<int> time_slot; // 0..9
     std::atomic<int> best_depth;
+    std::atomic<int> completed_depth; // the last iteration thread 0 finished (0: none yet)
     std::atomic<int> best_score;
     double elapsed; // last elapsed time measured by the polling loop
     std::atomic<uint32_t> root_move;

@@ -49,25 +49,29 @@ TEST(Clock, GamesOnTheirHardLimitsNeverFlag) {
     }
 }
 
-// Without a running clock (a console "go", a GUI's clock at zero) the search goes to depth 14 as
-// before, and the depth and move-time modes keep their rules.
+// Without a running clock (a console "go", a GUI's clock at zero) the search goes to depth 14; a
+// depth limit and a fixed time per move ("movetime", "st") end it whichever comes first, the move
+// time less the overhead or the lag measured, never below half of it.
 TEST(Clock, UntimedDepthAndMoveTimeModes) {
+    constexpr uint64_t NONE = 1u << 30;
     const struct {
         const char* name;
-        int depth, move_time, time_left, inc;
+        int depth, move_time, time_left, inc, lag;
         int max_depth, limit_depth;
         uint64_t hard;
     } rows[] = {
-        {"no clock", 0, 0, 0, 0, MAX_DEPTH, 14, 0},
-        {"negative clock", 0, 0, -500, -5, MAX_DEPTH, 14, 0},
-        {"depth mode wins over the clock", 7, 0, 5000, 0, 7, 14, 1u << 30},
-        {"depth above the deepest", 300, 0, 0, 0, MAX_DEPTH, 14, 1u << 30},
-        {"move time keeps 150 ms back", 0, 1000, 5000, 0, MAX_DEPTH, 14, 850},
-        {"short move time", 0, 100, 0, 0, MAX_DEPTH, 14, 1},
+        {"no clock", 0, 0, 0, 0, 0, 14, 14, NONE},
+        {"negative clock", 0, 0, -500, -5, 0, 14, 14, NONE},
+        {"depth mode wins over the clock", 7, 0, 5000, 0, 0, 7, 14, NONE},
+        {"depth above the deepest", 300, 0, 0, 0, 0, MAX_DEPTH, 14, NONE},
+        {"move time keeps the overhead back", 0, 1000, 5000, 0, 0, MAX_DEPTH, 0, 950},
+        {"move time with a depth", 5, 300, 0, 0, 0, 5, 0, 250},
+        {"move time keeps the lag back when it is more", 0, 1000, 0, 0, 200, MAX_DEPTH, 0, 800},
+        {"short move time keeps half", 0, 60, 0, 0, 0, MAX_DEPTH, 0, 30},
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
-        const TimeAllotment ta = compute_limits(r.depth, r.move_time, r.time_left, r.inc, 0, 50, 0);
+        const TimeAllotment ta = compute_limits(r.depth, r.move_time, r.time_left, r.inc, 0, 50, r.lag);
         EXPECT_EQ(ta.max_depth, r.max_depth);
         EXPECT_EQ(ta.limit_depth, r.limit_depth);
         EXPECT_EQ(ta.hard_limit, r.hard);
