@@ -222,8 +222,9 @@ static void uci_search_input() {
             request_stop();
         }
     }
-    // The input has ended: the GUI has gone, and the search ends as at "stop" and "quit".
-    if (uci_input_ended() && !protocol.uci_quit) {
+    // The input has ended: the GUI has gone, and the search ends as at "stop" and "quit". Commands
+    // piped in ahead of the end with further searches among them are carried out first.
+    if (!protocol.uci_quit && uci_input_ended("go")) {
         protocol.uci_quit = true;
         answer_held = ponder_until_hit = false;
         request_stop();

@@ -66,10 +66,13 @@ bool uci_input_next(std::string& line) {
     return true;
 }
 
-bool uci_input_ended() {
+bool uci_input_ended(const char* barrier) {
     Queue& q = queue();
     std::lock_guard<std::mutex> hold(q.lock);
-    return q.ended;
+    if (!q.ended) return false;
+    for (const std::string& line : q.lines)
+        if (line.compare(0, std::strlen(barrier), barrier) == 0) return false;
+    return true;
 }
 
 bool uci_input_take(const char* const* words, int count, const char* barrier, std::string& line) {

@@ -15,8 +15,9 @@ void uci_input_start();
 // The next line in arrival order, waiting for one; false once the input has ended and every line
 // has been taken.
 bool uci_input_next(std::string& line);
-// Whether the input has ended (lines may still be queued).
-bool uci_input_ended();
+// Whether the input has ended with no line beginning with the barrier word still queued (other
+// lines may be).
+bool uci_input_ended(const char* barrier);
 // Takes out the first waiting line that begins with one of the words, leaving the others in their
 // order; false when there is none before the first line that begins with the barrier word (or no
 // reader runs).
