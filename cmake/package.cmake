@@ -24,7 +24,7 @@ set(CPACK_PACKAGE_VENDOR "The Morvaine developers")
 set(CPACK_PACKAGE_CONTACT ${MORVAINE_MAINTAINER})
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "chess engine for XBoard, UCI and the console")
 set(CPACK_STRIP_FILES ON)
-# cpack builds nothing: scripts/release and scripts/test build the package's targets before it.
+# cpack builds nothing: scripts/check-package and scripts/release build the package's targets first.
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 set(CPACK_OUTPUT_FILE_PREFIX ${CMAKE_BINARY_DIR}/package)
 # Packages hold only their own component, whatever else the tree installs.
