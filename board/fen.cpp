@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "board/castling.h"
 #include "board/keys.h"
 #include "board/makemove.h"
 #include "board/material.h"
@@ -57,7 +58,7 @@ static const char* read_placement(Position& p, const char* s) {
     return s;
 }
 
-void setboard(PositionStack& game, const char* fen) {
+void setboard(PositionStack& game, const char* fen, bool chess960_game) {
     std::memset(static_cast<void*>(&game), 0, sizeof game);
     game.pos    = &game.stack[0];
     Position& p = *game.pos;
@@ -68,25 +69,16 @@ void setboard(PositionStack& game, const char* fen) {
     const char* s = read_placement(p, fen);
     p.side        = BLACK;
     p.epsq        = NO_SQUARE;
+    read_castling(p, "", chess960_game);
     if (*s && s[1]) {
         p.side = s[1] == 'w' ? WHITE : BLACK;
         if (s[2]) {
-            s += 3;
-            for (; *s && *s != ' '; ++s) {
-                if (*s == '-') {
-                    ++s;
-                    break;
-                }
-                if (*s == 'Q') p.cflag |= 1;
-                if (*s == 'K') p.cflag |= 2;
-                if (*s == 'q') p.cflag |= 4;
-                if (*s == 'k') p.cflag |= 8;
-            }
+            s = read_castling(p, s + 3, chess960_game);
             if (*s && s[1] && s[1] != '-') p.epsq = static_cast<uint8_t>((s[1] - 'a') + 8 * (s[2] - '1'));
         }
     }
 
-    // Rights the placement cannot back (a castling right without its king and rook at home, an
+    // Rights the placement cannot back (a castling right without its king and rook in place, an
     // en-passant square no pawn has just passed) would let make-move conjure or move the wrong men.
     drop_unusable_rights(p);
     game.key        = full_key(p);
@@ -118,11 +110,7 @@ void fen_text(const Position& p, char* out) {
     *o++ = ' ';
     *o++ = p.side == WHITE ? 'w' : 'b';
     *o++ = ' ';
-    if (!p.cflag) *o++ = '-';
-    if (p.cflag & 2) *o++ = 'K';
-    if (p.cflag & 1) *o++ = 'Q';
-    if (p.cflag & 8) *o++ = 'k';
-    if (p.cflag & 4) *o++ = 'q';
+    o    = write_castling(p, o);
     *o++ = ' ';
     if (p.epsq >= 8 && p.epsq < 56) {
         *o++ = static_cast<char>('a' + file_of(p.epsq));

@@ -1,6 +1,7 @@
 #include "board/makemove.h"
 
 #include "board/attacks.h"
+#include "board/castling.h"
 #include "board/keys.h"
 #include "board/material.h"
 
@@ -13,7 +14,57 @@ static uint64_t straight_sliders(const Position& p, int colour) {
     return p.colour_bb[colour] & (p.type_bb[ROOK] | p.type_bb[QUEEN]);
 }
 
+// Chess960-form castling: the king and its rook leave their squares and take g/c and f/d. As in
+// standard castling the bonus stands in for the rook's own square values.
+static Position* make_castle960(PositionStack& t, Move m) {
+    set_thread_nodes(t, t.nodes + 1);
+    const Position* old = t.pos;
+    Position* p         = t.pos + 1;
+    *p                  = *old;
+    t.pos               = p;
+    p->lastmove         = m;
+    const int side = old->side, k = move_from(m), r = move_to(m);
+    const bool king_side = r > k;
+    const int kto = castle_king_to(side, king_side), rto = castle_rook_to(side, king_side);
+    const int king = piece_code(side, KING), rook = piece_code(side, ROOK);
+
+    const uint64_t king_keys = piece_key(king, k) ^ piece_key(king, kto);
+
+    uint64_t key = t.key ^ turn_key ^ king_keys ^ piece_key(rook, r) ^ piece_key(rook, rto);
+    p->pawnkey ^= king_keys;
+    if (old->epsq != NO_SQUARE) {
+        key ^= ep_key(old->epsq);
+        p->epsq = NO_SQUARE;
+    }
+    p->board[k]        = EMPTY;
+    p->board[r]        = EMPTY;
+    p->board[kto]      = static_cast<uint8_t>(king);
+    p->board[rto]      = static_cast<uint8_t>(rook);
+    p->colour_bb[side] = (old->colour_bb[side] & ~(bit(k) | bit(r))) | bit(kto) | bit(rto);
+    p->type_bb[ROOK]   = (old->type_bb[ROOK] & ~bit(r)) | bit(rto);
+    p->rule50          = static_cast<uint8_t>(old->rule50 + 1);
+    p->cflag           = static_cast<uint8_t>(old->cflag & king_castle_mask[side]);
+
+    (side == WHITE ? p->wking : p->bking) = static_cast<uint8_t>(kto);
+    key ^= castle_keys[p->cflag ^ old->cflag];
+
+    const int dm = pst_mg[king][kto] - pst_mg[king][k] + CASTLE_BONUS;
+    const int de = pst_eg[king][kto] - pst_eg[king][k];
+    p->mg        = static_cast<int16_t>(side == WHITE ? p->mg + dm : p->mg - dm);
+    p->eg        = static_cast<int16_t>(side == WHITE ? p->eg + de : p->eg - de);
+
+    t.key = key;
+    ++t.histidx;
+    t.keyhist[t.histidx] = key;
+    p->side              = static_cast<uint8_t>(side ^ 1);
+    set_pins(*p);
+    return p;
+}
+
 Position* make_move(PositionStack& t, Move m) {
+    // Only Chess960 castling moves onto a man of the mover's own colour.
+    if (t.pos->colour_bb[t.pos->side] & bit(move_to(m))) [[unlikely]]
+        return make_castle960(t, m);
     set_thread_nodes(t, t.nodes + 1);
 
     // Everything is read from the old slot so that no read waits on the block copy.
@@ -132,6 +183,9 @@ Position* make_move(PositionStack& t, Move m) {
         p->eg = static_cast<int16_t>(p->eg - de);
     }
 
+    // The corner table knows only the standard rooks' squares.
+    if (old->chess960 && old->cflag) [[unlikely]]
+        p->cflag = castle960_rights_after(*old, from, to);
     // The castling keys combine by exclusive or, so the rights lost cost one lookup.
     if (p->cflag != old->cflag) key ^= castle_keys[p->cflag ^ old->cflag];
     t.key = key;
@@ -196,6 +250,7 @@ bool legal_slow(const Position& p, Move m) {
         return !attacked_by(p, k, us ^ 1, theirs, (ours & ~bit(from)) | bit(to) | theirs);
     }
 
+    if (ours & bit(to)) return castle960_legal(p, m);
     if (to - from == 2 || from - to == 2) {
         if (p.incheck) return false;
         if (attacked_by(p, (from + to) / 2, us ^ 1, theirs, ours | theirs)) return false;
@@ -231,7 +286,7 @@ bool pseudo_legal(const Position& p, Move m) {
     switch (type) {
     case KING:
         if (d != 2 && d != -2) return king_attacks[from] & bit(to);
-        if (!p.cflag || p.board[(from + to) / 2] != EMPTY) return false;
+        if (!p.cflag || p.chess960 || p.board[(from + to) / 2] != EMPTY) return false;
         if (d > 0) return p.cflag & (us == WHITE ? 2 : 8);
         if (to == 0 || p.board[to - 1] != EMPTY) return false;
         return p.cflag & (us == WHITE ? 1 : 4);
@@ -259,6 +314,7 @@ bool move_is_pseudo_legal(const Position& p, Move m) {
     const int us = p.side, them = us ^ 1;
     const int mover = p.board[from], target = p.board[to];
     if (mover == EMPTY || piece_colour(mover) != us) return false;
+    if (target != EMPTY && piece_colour(target) == us) return castle960_possible(p, m);
     if (target != EMPTY && (piece_colour(target) == us || piece_type(target) == KING)) return false;
     const int type = piece_type(mover);
     if (promo && type != PAWN) return false;
@@ -273,7 +329,7 @@ bool move_is_pseudo_legal(const Position& p, Move m) {
                    !(pawn_attacks[us][to] & pieces(p, them, PAWN));
         }
         const int home = us == WHITE ? E1 : E8;
-        if (from != home || target != EMPTY) return false;
+        if (from != home || target != EMPTY || p.chess960) return false;
         if (to == home + 2)
             return (p.cflag & (us == WHITE ? 2 : 8)) && !(occ & (bit(home + 1) | bit(home + 2)));
         if (to == home - 2)

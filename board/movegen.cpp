@@ -1,6 +1,7 @@
 #include "board/movegen.h"
 
 #include "board/attacks.h"
+#include "board/castling.h"
 #include "board/makemove.h"
 
 // Every generator is instantiated once per colour so that shifts, ranks and promotion squares are
@@ -79,6 +80,10 @@ static void pushes(Out& out, uint64_t dests, int distance) {
 template <int Us>
 [[gnu::always_inline]] static inline void castles(Out& out, const Position& p, uint64_t occ) {
     if (!p.cflag) return;
+    if (p.chess960) {
+        out.m = gen_castles960(p, out.m);
+        return;
+    }
     if (Us == WHITE) {
         if ((p.cflag & 2) && !(occ & (bit(F1) | bit(G1)))) out.add(E1, G1);
         if ((p.cflag & 1) && !(occ & (bit(B1) | bit(C1) | bit(D1)))) out.add(E1, C1);

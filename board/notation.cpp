@@ -1,5 +1,10 @@
 #include "board/notation.h"
 
+#include <cstring>
+#include <initializer_list>
+
+#include "board/castling.h"
+
 // By promotion type; 0 (and the unused types 5..7) add no letter.
 static const char promo_letter[8] = {'\0', 'n', 'b', 'r', 'q', '\0', '\0', '\0'};
 // By letter - 'b' for the letters b..r; letters that name no promotion piece give 0.
@@ -42,4 +47,36 @@ Move text_to_move(const char* s) {
     Move m         = static_cast<Move>(from * 64 + to) & 0xFFFF;
     if (c[4] >= 'b' && c[4] <= 'r') m |= static_cast<Move>(promo_type[c[4] - 'b']) << 13;
     return m;
+}
+
+// O-O or O-O-O in n characters, with the letter O in either case or the digit zero.
+static bool castle_letters(const char* s, int n) {
+    for (int i = 0; i < n; ++i) {
+        const bool dash = i % 2 == 1;
+        if (dash ? s[i] != '-' : (s[i] != 'O' && s[i] != 'o' && s[i] != '0')) return false;
+    }
+    return true;
+}
+
+Move text_to_castle(const Position& p, const char* s) {
+    const int us = p.side, k = king_square(p, us);
+    int wing = -1; // 1 king side, 0 queen side
+    if (castle_letters(s, 5))
+        wing = 0;
+    else if (castle_letters(s, 3))
+        wing = 1;
+    else {
+        const Move w   = text_to_move(s);
+        const int from = move_from(w), to = move_to(w);
+        if (from != k || move_promo(w) || std::strlen(s) < 4) return 0;
+        for (const bool king_side : {true, false}) {
+            const int i = castle_index(us, king_side);
+            if (!(p.cflag & (1 << i))) continue;
+            if (to == p.castle_rook[i] || (p.chess960 && to == castle_king_to(us, king_side)))
+                wing = king_side;
+        }
+    }
+    if (wing < 0 || !(p.cflag & (1 << castle_index(us, wing == 1)))) return 0;
+    const int r = p.castle_rook[castle_index(us, wing == 1)];
+    return make_move_word(k, p.chess960 ? r : castle_king_to(us, wing == 1));
 }

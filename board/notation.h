@@ -14,3 +14,9 @@ char* write_move(char* out, Move m);
 const char* move_text(Move m);
 // Reads the first four or five characters; no validation against any position.
 Move text_to_move(const char* s);
+// The castling move of the side to move that a text names in one of the other forms GUIs use:
+// O-O / O-O-O (or with zeros), the king taking its own rook where the position writes castling
+// as e1g1, and the king's move to g/c where it writes the king taking its rook. 0 when the text
+// names no castling right of the position; the caller still tests the move for legality, and
+// takes the text at its word first when it is a legal move as it stands.
+Move text_to_castle(const Position& p, const char* s);

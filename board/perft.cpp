@@ -1,5 +1,6 @@
 #include "board/perft.h"
 
+#include "board/castling.h"
 #include "board/makemove.h"
 #include "board/movegen.h"
 
@@ -30,6 +31,11 @@ struct Leaves {
     int careful(Move m) {
         const int from = move_from(m), to = move_to(m);
         if (from == k && piece_type(p.board[from]) == KING) {
+            if (p.colour_bb[p.side] & bit(to)) {
+                if (!castle960_legal(p, m)) return 0;
+                ++perft_totals.castles;
+                return 1;
+            }
             if (to - from != 2 && from - to != 2) return king_step_ok(to);
             if (p.incheck || !king_step_ok((from + to) / 2) || !king_step_ok(to)) return 0;
             ++perft_totals.castles;
@@ -232,9 +238,10 @@ template <int Us> static void count_leaves_bulk(const Position& p, const PieceSe
 
 // The last ply from the current position: from attack sets where they answer every question,
 // otherwise from the move list. Castling rights are taken at their word only with the king on its
-// home square.
+// home square and the rooks in the corners.
 static void count_last_ply(const Position& p, const PieceSets& s, uint64_t changed) {
-    if (!p.incheck && (!(p.cflag & 3) || p.wking == E1) && (!(p.cflag & 12) || p.bking == E8)) {
+    if (!p.incheck && (!p.chess960 || !p.cflag) && (!(p.cflag & 3) || p.wking == E1) &&
+        (!(p.cflag & 12) || p.bking == E8)) {
         if (p.side == WHITE)
             count_leaves_bulk<WHITE>(p, s, changed);
         else

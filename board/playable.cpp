@@ -1,30 +1,9 @@
 #include "board/playable.h"
 
 #include "board/attacks.h"
+#include "board/castling.h"
 
 static constexpr int PAWNS_PER_SIDE = 8;
-
-// The castling bit, its king's home and its rook's corner.
-struct CastlingRight {
-    uint8_t bit;
-    int king_home, corner;
-    int colour;
-};
-static constexpr CastlingRight castling_rights[] = {
-    {1, E1, A1, WHITE},
-    {2, E1, H1, WHITE},
-    {4, E8, A8, BLACK},
-    {8, E8, H8, BLACK},
-};
-
-static uint8_t supported_castling(const Position& p) {
-    uint8_t kept = 0;
-    for (const CastlingRight& r : castling_rights)
-        if ((p.cflag & r.bit) && p.board[r.king_home] == piece_code(r.colour, KING) &&
-            p.board[r.corner] == piece_code(r.colour, ROOK))
-            kept |= r.bit;
-    return kept;
-}
 
 // The square a pawn of the side not to move has just passed over with a double push: on the
 // third rank of that side, empty, the pawn one step beyond it and its starting square empty.

@@ -6,7 +6,7 @@
 
 #include "board/types.h"
 
-// Drops the castling rights whose king and rook are not both on their home squares, and an
+// Drops the castling rights whose king and rook are not both on their start squares, and an
 // en-passant square that the side to move cannot use (wrong rank, occupied, or no enemy pawn just
 // past it with the square it came from empty). A position from a real game loses nothing here.
 void drop_unusable_rights(Position& p);

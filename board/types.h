@@ -67,14 +67,20 @@ struct Position {
     uint8_t wking, bking;
     int16_t mg, eg; // material + square values, white minus black, kept by make-move
     int16_t eval;   // static evaluation the search stored for this slot
+    // Castling is written as the king taking its own rook (the Chess960 form): set when a right's
+    // king or rook does not start on e1/e8 and a1/h1/a8/h8, or the game is a Chess960 game.
+    uint8_t chess960;
     uint64_t pawnkey;
     uint64_t colour_bb[2];
-    uint64_t type_bb[5]; // pawns .. queens of both colours; kings live in wking/bking
-    uint64_t pinned;     // pieces of the side to move pinned to their king
-    uint32_t lastmove;   // the move entry that produced this position (0 after FEN set-up)
-    uint8_t board[64];   // piece code per square, EMPTY when empty
+    uint64_t type_bb[5];    // pawns .. queens of both colours; kings live in wking/bking
+    uint64_t pinned;        // pieces of the side to move pinned to their king
+    uint32_t lastmove;      // the move entry that produced this position (0 after FEN set-up)
+    uint8_t board[64];      // piece code per square, EMPTY when empty
+    uint8_t castle_rook[4]; // start square of each right's rook, by cflag bit index (Q, K, q, k)
 };
 static_assert(std::is_trivially_copyable_v<Position>);
+// The castling fields fill what was padding: the record copied per move stays 160 bytes.
+static_assert(sizeof(Position) == 160);
 
 inline int king_square(const Position& p, int colour) {
     return colour == WHITE ? p.wking : p.bking;

@@ -117,10 +117,12 @@ static void scan_position(FILE* f, uint64_t key, bool draw, bool use_best, BookS
 }
 
 // Book squares number like the board's (file + 8 * rank). Castling is stored as the king taking
-// its own rook and becomes the two-file king move when that king stands on its home square.
+// its own rook and becomes the two-file king move when that king stands on its home square, except
+// in positions that write castling in the book's own form (Chess960).
 static Move translate(const Position& p, uint16_t pg) {
     const int from = (pg >> 6) & 63;
     int to         = pg & 63;
+    if (p.chess960) return make_move_word(from, to);
     if (from == E1 && p.wking == E1) {
         if (to == H1) to = G1;
         if (to == A1) to = C1;

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "board/castling.h"
 #include "board/fen.h"
 #include "board/keys.h"
 #include "board/makemove.h"
@@ -87,7 +88,8 @@ int cmd_eval(SearchThread& game) {
 
 // Clears the game record and rebuilds slot 0 from a placement, keeping the given state fields.
 static void rebuild_game_position(SearchThread& game, const uint8_t board[64], uint8_t side, uint8_t epsq,
-                                  uint8_t cflag, uint8_t phase) {
+                                  uint8_t cflag, const uint8_t castle_rook[4], uint8_t chess960,
+                                  uint8_t phase) {
     std::memset(static_cast<void*>(&game), 0, sizeof game);
     game.pos    = &game.stack[0];
     Position& p = *game.pos;
@@ -101,9 +103,12 @@ static void rebuild_game_position(SearchThread& game, const uint8_t board[64], u
         else
             p.type_bb[piece_type(code)] |= bit(sq);
     }
-    p.side  = side;
-    p.epsq  = epsq;
-    p.cflag = cflag;
+    p.side     = side;
+    p.epsq     = epsq;
+    p.cflag    = cflag;
+    p.chess960 = chess960;
+    for (int i = 0; i < 4; ++i)
+        p.castle_rook[i] = castle_rook[i];
     p.phase = phase;
     new_game(game);
     pawn_key(p);
@@ -125,8 +130,12 @@ int cmd_flip(SearchThread& game) {
     }
     const uint8_t epsq = inside_ep_ranks(old.epsq) ? static_cast<uint8_t>(old.epsq ^ 56) : old.epsq;
     // Exchange the white and black castling rights.
-    const uint8_t cflag = static_cast<uint8_t>(((old.cflag * 4) & 12) | (old.cflag >> 2));
-    rebuild_game_position(game, board, static_cast<uint8_t>(old.side ^ 1), epsq, cflag, old.phase);
+    const uint8_t cflag    = static_cast<uint8_t>(((old.cflag * 4) & 12) | (old.cflag >> 2));
+    const uint8_t rooks[4] = {
+        static_cast<uint8_t>(old.castle_rook[2] ^ 56), static_cast<uint8_t>(old.castle_rook[3] ^ 56),
+        static_cast<uint8_t>(old.castle_rook[0] ^ 56), static_cast<uint8_t>(old.castle_rook[1] ^ 56)};
+    rebuild_game_position(game, board, static_cast<uint8_t>(old.side ^ 1), epsq, cflag, rooks, old.chess960,
+                          old.phase);
     return CMD_POSITION;
 }
 
@@ -141,7 +150,7 @@ int cmd_flop(SearchThread& game) {
     for (int sq = 0; sq < 64; ++sq)
         board[sq ^ 7] = old.board[sq];
     const uint8_t epsq = inside_ep_ranks(old.epsq) ? static_cast<uint8_t>(old.epsq ^ 7) : old.epsq;
-    rebuild_game_position(game, board, old.side, epsq, 0, old.phase);
+    rebuild_game_position(game, board, old.side, epsq, 0, standard_castle_rook, old.chess960, old.phase);
     return CMD_POSITION;
 }
 

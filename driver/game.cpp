@@ -46,8 +46,8 @@ LoopStep received_move(SearchThread& game, const char* line) {
     char text[6] = {};
     for (int i = 0; i < 5 && line[i] != '\0'; ++i)
         text[i] = line[i];
-    const Move word = text_to_move(text) & 0xFFFF;
-    if (find_legal_move(word) == 0) {
+    const Move word = find_legal_text(*game.pos, text) & 0xFFFF;
+    if (word == 0) {
         std::printf("Illegal move: %s\n", line);
         return LoopStep::read;
     }

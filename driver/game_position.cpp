@@ -6,6 +6,7 @@
 #include "board/keys.h"
 #include "board/makemove.h"
 #include "board/movegen.h"
+#include "board/notation.h"
 #include "board/playable.h"
 #include "driver/engine_state.h"
 #include "search/threads.h"
@@ -67,4 +68,10 @@ Move find_legal_move(Move word) {
         if (m != 0 && (m & 0xFFFF) == (word & 0xFFFF)) return m;
     }
     return 0;
+}
+
+Move find_legal_text(const Position& p, const char* text) {
+    if (const Move m = find_legal_move(text_to_move(text) & 0xFFFF)) return m;
+    const Move castle = text_to_castle(p, text);
+    return castle ? find_legal_move(castle) : 0;
 }

@@ -19,3 +19,6 @@ void no_legal_move();
 void generate_legal_moves(SearchThread& game, bool clear_stop);
 // The legal move of the game position with these from, to and promotion bits, or 0.
 Move find_legal_move(Move word);
+// The legal move of the game position p that a move text names: coordinates as the position
+// writes them, else castling in one of the other forms (text_to_castle). 0 when none is.
+Move find_legal_text(const Position& p, const char* text);

@@ -48,7 +48,10 @@ static Move legal_move_named(SearchThread& game, const char* token, size_t lengt
     const Move word = text_to_move(text) & 0xFFFF;
     generate_legal_moves(game, false);
     const Move m = find_legal_move(word);
-    return m != 0 && std::strcmp(move_text(m), text) == 0 ? m : 0;
+    if (m != 0 && std::strcmp(move_text(m), text) == 0) return m;
+    // Castling written in another GUI's form (e1g1 in Chess960, e1h1 in standard chess).
+    const Move castle = text_to_castle(*game.pos, text);
+    return castle ? find_legal_move(castle) : 0;
 }
 
 // The moves after "moves", played on the game record while each one is legal where it stands;

@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "board/castling.h"
 #include "board/perft.h"
 #include "support.h"
 
@@ -11,17 +12,25 @@ namespace {
 // Each (position, depth) of the suite up to this many leaves: about 150 million in all.
 constexpr uint64_t SUITE_LEAF_LIMIT = 5'000'000;
 
+// The standard suite, and the Chess960 one (castling in Shredder-FEN and X-FEN, kings and rooks
+// on every file, about 60 million leaves more).
 TEST(Perft, Suite) {
-    const auto suite = perft_suite();
-    ASSERT_EQ(suite.size(), 120u);
-    for (const auto& e : suite) {
-        auto game = game_from(e.fen);
-        for (const auto& [depth, leaves] : e.counts) {
-            if (leaves > SUITE_LEAF_LIMIT) continue;
-            SCOPED_TRACE(e.fen + " depth " + std::to_string(depth));
-            perft_totals = PerftTotals{};
-            perft(*game, depth);
-            EXPECT_EQ(static_cast<uint64_t>(perft_totals.moves), leaves);
+    const struct {
+        const char* file;
+        size_t size;
+    } suites[] = {{"perft_suite.epd", 120}, {CHESS960_SUITE, 125}};
+    for (const auto& s : suites) {
+        const auto suite = perft_suite(s.file);
+        ASSERT_EQ(suite.size(), s.size) << s.file;
+        for (const auto& e : suite) {
+            auto game = game_from(e.fen, e.chess960);
+            for (const auto& [depth, leaves] : e.counts) {
+                if (leaves > SUITE_LEAF_LIMIT) continue;
+                SCOPED_TRACE(e.fen + " depth " + std::to_string(depth));
+                perft_totals = PerftTotals{};
+                perft(*game, depth);
+                EXPECT_EQ(static_cast<uint64_t>(perft_totals.moves), leaves);
+            }
         }
     }
 }
@@ -35,9 +44,10 @@ std::vector<int64_t> list_totals(const Position& p) {
     std::vector<int64_t> t{n, 0, 0, 0, 0, n == 0}; // moves, captures, en passant, castles, promotes, mates
     for (uint32_t i = 0; i < n; ++i) {
         const int from = move_from(moves[i]), to = move_to(moves[i]), type = piece_type(p.board[from]);
-        t[1] += p.board[to] != EMPTY;
+        const bool castles = type == KING && (to - from == 2 || from - to == 2 || is_castle960(p, moves[i]));
+        t[1] += p.board[to] != EMPTY && !castles;
         t[2] += type == PAWN && to == p.epsq;
-        t[3] += type == KING && (to - from == 2 || from - to == 2);
+        t[3] += castles;
         t[4] += move_promo(moves[i]) != 0;
     }
     return t;
@@ -60,7 +70,8 @@ TEST(Perft, LastPliesClassifyTheLegalMoves) {
             make_move(game, moves[i]);
             const std::vector<int64_t> child = list_totals(*game.pos);
             unmake_move(game);
-            for (size_t j = 0; j < want.size(); ++j) want[j] += child[j];
+            for (size_t j = 0; j < want.size(); ++j)
+                want[j] += child[j];
         }
         ASSERT_EQ(perft_totals_of(game, 2), want) << fen_of(p);
     });
@@ -124,7 +135,7 @@ TEST(MakeMove, PlayoutsAgreeWithRecomputation) {
             phase   = p.phase;
         }
         const std::string where = fen_of(p);
-        Position q              = position_of(where);
+        Position q              = position_of(where, p.chess960);
         ASSERT_EQ(game.key, full_key(q)) << where;
         ASSERT_EQ(game.keyhist[game.histidx], game.key) << where;
         ASSERT_EQ(p.pawnkey, q.pawnkey) << where;
@@ -149,8 +160,9 @@ TEST(MakeMove, PlayoutsAgreeWithRecomputation) {
         ASSERT_EQ(std::memcmp(game.pos, &before, sizeof before), 0) << where << " " << move_text(m);
         ASSERT_EQ(game.key, key);
         const int from = move_from(m), to = move_to(m);
-        castled |= piece_type(p.board[from]) == KING && (to - from == 2 || from - to == 2);
-        if (p.board[to] != EMPTY) phase += phase_weight[piece_type(p.board[to])];
+        castled |=
+            piece_type(p.board[from]) == KING && (to - from == 2 || from - to == 2 || is_castle960(p, m));
+        if (p.board[to] != EMPTY && !is_castle960(p, m)) phase += phase_weight[piece_type(p.board[to])];
         ++positions;
     });
     EXPECT_GT(positions, 50000);
