@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "board/stack.h"
+#include "board/syzygy_file.h"
 #include "board/types.h"
 
 // Results from the side to move's view.

@@ -19,6 +19,7 @@
 #include "driver/console.h"
 #include "driver/engine_state.h"
 #include "driver/game_position.h"
+#include "driver/tablebases.h"
 #include "driver/tokens.h"
 #include "driver/uci.h"
 #include "driver/version.h"
@@ -265,6 +266,7 @@ static int cmd_protover(SearchThread&) {
         std::puts("feature name=1 usermove=0");
         std::puts("feature playother=0 colors=0 memory=1 smp=1");
         std::puts("feature nps=0 ics=1 debug=1");
+        std::puts("feature egt=\"syzygy\"");
         std::puts("feature done=1");
     } else {
         std::puts("ERROR (bogus xboard protocol version received)");
@@ -372,7 +374,6 @@ constexpr Command commands[] = {
     {"d",           true,  cmd_d},
     {"draw",        true,  cmd_nothing},
     {"easy",        false, cmd_easy},
-    {"syzygypath",  false, cmd_syzygypath},
     {"eval",        false, cmd_eval},
     {"exit",        false, cmd_exit},
     {"flag",        false, cmd_nothing},
@@ -429,6 +430,8 @@ static bool is_fen_line(const char* line) {
 
 int parse_command(SearchThread& game) {
     char* line = input_line;
+    // Folder names keep their case and their slashes: these words read the line as it came.
+    if (tablebase_command(line)) return CMD_DONE;
     if (is_fen_line(line)) {
         split_line(line, " ;=");
         // "setboard" and one blank come before the position text.

@@ -76,11 +76,6 @@ int cmd_d(SearchThread& game) {
     return CMD_DONE;
 }
 
-int cmd_syzygypath(SearchThread&) {
-    std::puts("SYZYGY support not included (no -DSYZYGY)");
-    return CMD_DONE;
-}
-
 int cmd_eval(SearchThread& game) {
     if (!protocol.searching && !protocol.pondering) eval_report(*game.pos);
     return CMD_DONE;

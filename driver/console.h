@@ -12,7 +12,6 @@ int cmd_bogus(SearchThread& game);
 int cmd_cls(SearchThread& game);
 int cmd_display(SearchThread& game);
 int cmd_d(SearchThread& game);
-int cmd_syzygypath(SearchThread& game);
 int cmd_eval(SearchThread& game);
 int cmd_flip(SearchThread& game);
 int cmd_flop(SearchThread& game);

@@ -19,6 +19,7 @@
 #include "eval/tables.h"
 #include "platform/platform.h"
 #include "search/output.h"
+#include "search/tablebase.h"
 #include "search/threads.h"
 #include "search/tt.h"
 
@@ -354,6 +355,7 @@ void think(SearchThread& game) {
     apply_limits(ta, sc.search_start);
     set_search_kind();
     set_uci_limits();
+    tb_prepare_search(game);
     pst_init(*game.pos);
     Move fallback       = 0;
     const bool searched = position_playable(*game.pos);

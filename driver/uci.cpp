@@ -15,14 +15,17 @@
 #include "driver/control.h"
 #include "driver/engine_state.h"
 #include "driver/game_position.h"
+#include "driver/tablebases.h"
 #include "driver/uci_input.h"
 #include "driver/version.h"
 #include "platform/platform.h"
+#include "search/tablebase.h"
 #include "search/threads.h"
 #include "search/tt.h"
 
 constexpr int DEFAULT_HASH_MB    = 128;
 constexpr int MOST_MOVE_OVERHEAD = 5000;
+constexpr int MAX_TB_PROBE_DEPTH = 100;
 // The deepest root whose search still finds room for its 120 plies in the key history.
 constexpr uint32_t MAX_ROOT_HISTIDX = KEY_HISTORY - 1 - MAX_PLY;
 
@@ -176,6 +179,17 @@ bool uci_command(SearchThread& game, const char* line) {
             protocol.move_overhead = std::clamp(std::atoi(cursor), 0, MOST_MOVE_OVERHEAD);
     } else if (match_prefix(&cursor, "setoption name Clear Hash")) {
         hash_clear();
+    } else if (match_prefix(&cursor, "setoption name SyzygyPath value")) {
+        set_tablebase_path(cursor);
+    } else if (match_prefix(&cursor, "setoption name SyzygyProbeDepth value")) {
+        if (std::isdigit(static_cast<unsigned char>(*cursor)))
+            tb_settings.probe_depth = std::clamp(std::atoi(cursor), 1, MAX_TB_PROBE_DEPTH);
+    } else if (match_prefix(&cursor, "setoption name Syzygy50MoveRule value")) {
+        if (match_prefix(&cursor, "true")) tb_settings.rule50 = true;
+        else if (match_prefix(&cursor, "false")) tb_settings.rule50 = false;
+    } else if (match_prefix(&cursor, "setoption name SyzygyProbeLimit value")) {
+        if (std::isdigit(static_cast<unsigned char>(*cursor)))
+            tb_settings.probe_limit = std::clamp(std::atoi(cursor), 0, TB_MAX_MEN);
     }
     return true;
 }
@@ -195,6 +209,10 @@ void uci_loop(SearchThread& game) {
     std::printf("option name Move Overhead type spin default %d min 0 max %d\n", DEFAULT_MOVE_OVERHEAD,
                 MOST_MOVE_OVERHEAD);
     std::printf("option name Clear Hash type button\n");
+    std::printf("option name SyzygyPath type string default <empty>\n");
+    std::printf("option name SyzygyProbeDepth type spin default 1 min 1 max %d\n", MAX_TB_PROBE_DEPTH);
+    std::printf("option name Syzygy50MoveRule type check default true\n");
+    std::printf("option name SyzygyProbeLimit type spin default %d min 0 max %d\n", TB_MAX_MEN, TB_MAX_MEN);
     std::printf("uciok\n");
 
     uci_input_start();

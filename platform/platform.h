@@ -28,6 +28,13 @@ void exit_if_output_lost();
 void* large_alloc(size_t bytes);
 void large_free(void* block, size_t bytes);
 
+// What separates the folders of a list of folders, as the system's own search paths do.
+#ifdef _WIN32
+constexpr char FOLDER_LIST_SEPARATOR = ';';
+#else
+constexpr char FOLDER_LIST_SEPARATOR = ':';
+#endif
+
 // A whole file mapped read-only into memory, for the endgame tables: the system pages it in as it
 // is read and shares it between the engine's threads. `handle` is the system's own record.
 struct MappedFile {

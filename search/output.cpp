@@ -6,6 +6,7 @@
 
 #include "board/notation.h"
 #include "platform/platform.h"
+#include "search/tablebase.h"
 #include "search/threads.h"
 #include "search/tt.h"
 
@@ -21,6 +22,18 @@ uint64_t total_nodes() {
     for (int i = 0; i < thread_count(); ++i)
         sum += thread_nodes(search_record(i));
     return sum;
+}
+
+uint64_t total_tbhits() {
+    uint64_t sum = tb_root_hits;
+    for (int i = 0; i < thread_count(); ++i)
+        sum += thread_tbhits(search_record(i));
+    return sum;
+}
+
+// When the root is in the tables their result is the score, until the search finds a mate.
+static int shown_score(int score) {
+    return tb_root_known && std::abs(score) <= MATE_SHOWN ? tb_root_score : score;
 }
 
 // "score cp N", or "score mate N" in moves (negative when the side to move is mated).
@@ -39,9 +52,12 @@ static void print_info_line(int line, int score, const uint32_t* pv, uint64_t no
         snprintf(text, sizeof text, "info depth %d seldepth %d ",
                  sc.best_depth.load(std::memory_order_relaxed), static_cast<int>(search_record(0).seldepth));
     if (sc.multipv > 1) n += snprintf(text + n, sizeof text - n, "multipv %d ", line + 1);
-    n += append_score(text + n, sizeof text - n, score);
-    n += snprintf(text + n, sizeof text - n, " nodes %" PRId64 " time %d nps %d hashfull %d pv ",
+    n += append_score(text + n, sizeof text - n, shown_score(score));
+    n += snprintf(text + n, sizeof text - n, " nodes %" PRId64 " time %d nps %d hashfull %d ",
                   static_cast<int64_t>(nodes), static_cast<int>(elapsed), static_cast<int>(nps), hashfull);
+    if (tb_max_men() > 0)
+        n += snprintf(text + n, sizeof text - n, "tbhits %" PRIu64 " ", total_tbhits());
+    n += snprintf(text + n, sizeof text - n, "pv ");
     char* out = text + n;
     for (int i = 0; i < STACK_SIZE && pv[i] != 0; ++i) {
         out    = write_move(out, pv[i]);
@@ -77,7 +93,7 @@ static int thinking_score(int score, bool xboard) {
 void print_thinking() {
     const uint64_t nodes  = total_nodes();
     const int64_t elapsed = get_ms() - sc.search_start;
-    const int score       = sc.best_score.load(std::memory_order_relaxed);
+    const int score       = shown_score(sc.best_score.load(std::memory_order_relaxed));
     const bool mate       = std::abs(score) > MATE_SHOWN;
     char line[LINE_SIZE];
     int n = snprintf(line, sizeof line, "%d %d %d %" PRId64, sc.best_depth.load(std::memory_order_relaxed),

@@ -5,5 +5,7 @@
 #include <cstdint>
 
 uint64_t total_nodes();
+// Endgame-table probes of the search: the root's and every thread's.
+uint64_t total_tbhits();
 void print_info();
 void print_thinking();

@@ -4,6 +4,7 @@
 #include "board/makemove.h"
 #include "eval/evaluate.h"
 #include "search/movepick.h"
+#include "search/tablebase.h"
 #include "search/search.h"
 #include "search/threads.h"
 #include "search/tt.h"
@@ -30,6 +31,8 @@ static constexpr int SINGULAR_DEPTH = 8, SINGULAR_ENTRY_SLACK = 3;
 static constexpr int BAD_CAPTURE_UNIT = 100;
 // Under-promotions are generated near the root (and everywhere in analysis).
 static constexpr int UNDERPROMOTION_PLY = 3;
+// A table result is as good as a search this much deeper than the node's.
+static constexpr int TB_DEPTH_BONUS = 6;
 
 // Passing: the other side moves in the same position. No move is counted.
 static void make_null_move(SearchThread& t) {
@@ -155,6 +158,17 @@ int search(SearchThread& t, int pv, int alpha, int beta, int depth, int ply, int
                 }
             }
             return hash_score;
+        }
+    }
+
+    // Just after a capture or pawn move the tables may know the result.
+    if (tb_search_men > 0 && excluded == 0) {
+        int tb, bound;
+        if (tb_probe_node(t, ply, depth, tb, bound) &&
+            (bound == BOUND_EXACT || (bound == BOUND_LOWER ? tb >= beta : tb <= alpha))) {
+            hash_store(t, 0, tb, found ? hit.eval : evaluate(p), std::min(depth + TB_DEPTH_BONUS, MAX_DEPTH), ply,
+                       bound);
+            return tb;
         }
     }
 

@@ -11,6 +11,7 @@
 struct SearchThread : PositionStack {
     uint32_t id;       // 0 = main search thread
     uint32_t seldepth; // the deepest ply this thread reached in its current iteration
+    uint64_t tbhits;   // endgame-table probes answered in this search (read by others, relaxed)
     uint32_t killers[2][STACK_SIZE];
     uint32_t counter[16][64];
     int16_t history[2][64][64];
