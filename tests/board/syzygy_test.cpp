@@ -11,18 +11,22 @@
 
 namespace {
 
-const TbLoadReport& loaded() {
-    static const TbLoadReport report = [] {
+// The whole set, loaded for one test and released after it: the other tests of the program
+// search without tables.
+struct Loaded {
+    TbLoadReport report;
+    Loaded() {
         tables_init();
-        return tb_load(MORVAINE_SYZYGY_DIR, ':');
-    }();
-    return report;
-}
+        report = tb_load(MORVAINE_SYZYGY_DIR, ':');
+    }
+    ~Loaded() { tb_load("", ':'); }
+};
 
 } // namespace
 
 TEST(Syzygy, FindsTheWholeSet) {
-    const TbLoadReport& r = loaded();
+    const Loaded loaded;
+    const TbLoadReport& r = loaded.report;
     EXPECT_EQ(r.wdl_tables, 35);
     EXPECT_EQ(r.dtz_tables, 35);
     EXPECT_EQ(r.max_men, 4);
@@ -32,7 +36,7 @@ TEST(Syzygy, FindsTheWholeSet) {
 // Random positions of tables of each kind, both sides to move: each probed result and distance
 // agrees with what the position's moves lead to.
 TEST(Syzygy, TablesAgreeWithTheirChildren) {
-    loaded();
+    const Loaded loaded;
     const char* tables[] = {"KRvK",  "KPvK",  "KQvKR", "KRvKR", "KPvKP",
                             "KNNvK", "KBNvK", "KPPvK", "KRvKP", "KQvKQ"};
     auto t               = std::make_unique<PositionStack>();
@@ -59,7 +63,7 @@ TEST(Syzygy, TablesAgreeWithTheirChildren) {
 
 // Known results: values a prober that mixes up colours, sides or mirrors gets wrong.
 TEST(Syzygy, KnownPositions) {
-    loaded();
+    const Loaded loaded;
     struct Row {
         const char* fen;
         int wdl, dtz;
@@ -86,7 +90,7 @@ TEST(Syzygy, KnownPositions) {
 // Damaged copies of a real file: parsing names the fault or accepts the bytes, and no probe of
 // any position reads outside them (the sanitizer builds would say) or fails to come back.
 TEST(Syzygy, DamagedFilesAreRefusedOrHarmless) {
-    loaded();
+    const Loaded loaded;
     std::ifstream in(MORVAINE_SYZYGY_DIR "/KRvKP.rtbw", std::ios::binary);
     const std::vector<uint8_t> good((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     ASSERT_GT(good.size(), 1000u);
