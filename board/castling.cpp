@@ -95,16 +95,21 @@ const char* read_castling(Position& p, const char* s, bool chess960_game) {
         p.cflag          = static_cast<uint8_t>(p.cflag | (1 << i));
         p.castle_rook[i] = static_cast<uint8_t>(rook);
     }
-    p.cflag    = supported_castling(p);
+    p.cflag = supported_castling(p);
+    for (int i = 0; i < RIGHTS; ++i)
+        if (!(p.cflag & (1 << i))) p.castle_rook[i] = standard_castle_rook[i];
+    set_castling_form(p, chess960_game);
+    return s;
+}
+
+void set_castling_form(Position& p, bool chess960_game) {
     p.chess960 = chess960_game;
     for (int i = 0; i < RIGHTS; ++i) {
         const int home = i < 2 ? E1 : E8;
         if ((p.cflag & (1 << i)) &&
             (p.castle_rook[i] != standard_castle_rook[i] || king_square(p, i / 2) != home))
             p.chess960 = 1;
-        if (!(p.cflag & (1 << i))) p.castle_rook[i] = standard_castle_rook[i];
     }
-    return s;
 }
 
 uint8_t supported_castling(const Position& p) {

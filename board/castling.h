@@ -56,6 +56,9 @@ uint8_t castle960_rights_after(const Position& p, int from, int to);
 // first rank or whose rook is missing are dropped. Sets cflag, castle_rook and chess960 (also
 // when the caller's game is a Chess960 game). Returns the end of the field.
 const char* read_castling(Position& p, const char* field, bool chess960_game);
+// Sets chess960: in a Chess960 game, or where a right's king or rook starts off the standard
+// squares. Only for a game position whose move lists are made again afterwards.
+void set_castling_form(Position& p, bool chess960_game);
 // The rights whose king is on its first rank and whose rook stands on its square on the right
 // side of the king: the ones make-move and the generators can honour.
 uint8_t supported_castling(const Position& p);

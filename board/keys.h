@@ -11,6 +11,8 @@ extern const uint64_t Random64[781];
 extern const Table<uint64_t[16]> castle_keys_table;
 inline constexpr auto& castle_keys = castle_keys_table.at;
 extern const uint64_t turn_key;
+// The key of the standard start position, as the book format publishes it.
+inline constexpr uint64_t START_KEY = 0x463B96181691FC9CULL;
 
 // By piece code and square: the piece's number, one load where the book's order would take two
 // (codes without a piece hold 0 and are never looked up).

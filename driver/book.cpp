@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "board/keys.h"
 #include "board/makemove.h"
 #include "board/notation.h"
 #include "book/polyglot.h"
@@ -21,6 +22,9 @@ void book_close() {
 
 Move book_probe(SearchThread& game) {
     if (!book_settings.mode || !book_settings.file) return 0;
+    // A book holds standard chess: of Chess960 games only one that began at the standard start
+    // (where the game position's key history begins) is in it.
+    if (protocol.chess960 && game.keyhist[0] != START_KEY) return 0;
     generate_legal_moves(game, false);
     const bool use_best = game_history.ply >= book_settings.random && book_settings.pickbest;
     const bool console  = !protocol.xboard_mode.load();

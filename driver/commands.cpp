@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "board/castling.h"
 #include "board/fen.h"
 #include "board/keys.h"
 #include "board/makemove.h"
@@ -267,11 +268,26 @@ static int cmd_protover(SearchThread&) {
         std::puts("feature playother=0 colors=0 memory=1 smp=1");
         std::puts("feature nps=0 ics=1 debug=1");
         std::puts("feature egt=\"syzygy\"");
+        std::puts("feature variants=\"normal,fischerandom\"");
         std::puts("feature done=1");
     } else {
         std::puts("ERROR (bogus xboard protocol version received)");
     }
     return CMD_DONE;
+}
+
+// "variant fischerandom" makes the game a Chess960 game until "new"; "variant normal" ends it.
+// Other variants are not offered, and their names change nothing.
+static int cmd_variant(SearchThread& game) {
+    if (token_count < 2) return CMD_DONE;
+    if (std::strcmp(tokens[1], "fischerandom") == 0)
+        protocol.chess960 = true;
+    else if (std::strcmp(tokens[1], "normal") == 0)
+        protocol.chess960 = false;
+    else
+        return CMD_DONE;
+    set_castling_form(*game.pos, protocol.chess960);
+    return CMD_POSITION;
 }
 
 static int cmd_result(SearchThread&) {
@@ -411,7 +427,7 @@ constexpr Command commands[] = {
     {"uci",         false, cmd_uci},
     {"undo",        false, cmd_undo},
     {"takeback",    false, cmd_undo},
-    {"variant",     false, cmd_nothing},
+    {"variant",     false, cmd_variant},
     {"xboard",      false, cmd_xboard},
     {"winboard",    false, cmd_xboard},
     {"?",           false, cmd_query},
@@ -436,7 +452,10 @@ int parse_command(SearchThread& game) {
         split_line(line, " ;=");
         // "setboard" and one blank come before the position text.
         const bool prefixed = token_count > 0 && std::strcmp(tokens[0], "setboard") == 0;
-        setboard(game, prefixed ? line + 9 : line);
+        setboard(game, prefixed ? line + 9 : line, protocol.chess960);
+        // Castling rights only the Chess960 rules allow (given by file letters) make the game a
+        // Chess960 game, so that the X-FEN written for it reads back the same.
+        if (game.pos->chess960) protocol.chess960 = true;
         new_game(game);
         game.pos->phase = compute_phase(*game.pos);
         return CMD_POSITION;

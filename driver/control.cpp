@@ -14,6 +14,7 @@
 #include "board/playable.h"
 #include "driver/book.h"
 #include "driver/engine_state.h"
+#include "driver/game_position.h"
 #include "driver/shutdown.h"
 #include "driver/uci_input.h"
 #include "eval/tables.h"
@@ -270,7 +271,7 @@ static void print_result(const SearchThread& game) {
         print_info();
         print_bestmove(game);
     } else if (!protocol.pondering && !protocol.analyze_mode) {
-        std::printf("move %s\n", move_text(best));
+        std::printf("move %s\n", xboard_move_text(*game.pos, best));
     }
 }
 

@@ -40,6 +40,9 @@ struct ProtocolFlags {
     int32_t multipv       = 1; // UCI MultiPV: lines searched and shown
     int cores             = 0;
     int trace = -1, xtrace = 0;
+    // The game is Chess960 ("variant fischerandom" until "new", or UCI_Chess960): castling is
+    // written as the king taking its rook (O-O and O-O-O to xboard), FEN KQkq read as X-FEN.
+    bool chess960 = false;
 };
 
 // The game so far: its moves and the positions before them, and the legal moves of the position now.

@@ -134,7 +134,7 @@ LoopStep engine_thinks(SearchThread& game) {
         const Move m = book_probe(game);
         // In analysis a book move is only listed (by the probe) and the position is searched.
         if (m != 0 && !protocol.analyze_mode) {
-            std::printf("move %s\n", move_text(m));
+            std::printf("move %s\n", xboard_move_text(*game.pos, m));
             set_best_move(m);
             if (sc.best_depth.load(std::memory_order_relaxed) >= protocol.display_depth) print_thinking();
             protocol.display_depth = display_depth;
@@ -146,7 +146,7 @@ LoopStep engine_thinks(SearchThread& game) {
         sc.best_depth.store(0, std::memory_order_relaxed);
         print_thinking();
         protocol.display_depth = display_depth;
-        std::printf("move %s\n", move_text(game_history.single_reply));
+        std::printf("move %s\n", xboard_move_text(*game.pos, game_history.single_reply));
         return after_move(game);
     }
     protocol.force_mode = 0;

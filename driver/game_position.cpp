@@ -3,6 +3,7 @@
 
 #include "driver/game_position.h"
 
+#include "board/castling.h"
 #include "board/keys.h"
 #include "board/makemove.h"
 #include "board/movegen.h"
@@ -68,6 +69,14 @@ Move find_legal_move(Move word) {
         if (m != 0 && (m & 0xFFFF) == (word & 0xFFFF)) return m;
     }
     return 0;
+}
+
+const char* xboard_move_text(const Position& p, Move m) {
+    const int from = move_from(m), to = move_to(m);
+    const bool king    = (m & SQUARE_BITS) != 0 && from == king_square(p, p.side);
+    const bool castles = king && (is_castle960(p, m) || to - from == 2 || from - to == 2);
+    if (protocol.chess960 && castles) return to > from ? "O-O" : "O-O-O";
+    return move_text(m);
 }
 
 Move find_legal_text(const Position& p, const char* text) {

@@ -19,6 +19,9 @@ void no_legal_move();
 void generate_legal_moves(SearchThread& game, bool clear_stop);
 // The legal move of the game position with these from, to and promotion bits, or 0.
 Move find_legal_move(Move word);
+// The text of the engine's move m in the game position p for a "move" line: castling in a Chess960
+// game as O-O / O-O-O, the form xboard uses for this variant; otherwise move_text's.
+const char* xboard_move_text(const Position& p, Move m);
 // The legal move of the game position p that a move text names: coordinates as the position
 // writes them, else castling in one of the other forms (text_to_castle). 0 when none is.
 Move find_legal_text(const Position& p, const char* text);

@@ -71,7 +71,8 @@ void read_settings_file() {
 }
 
 void start_new_game(SearchThread& game) {
-    protocol.trace = -1;
+    protocol.trace    = -1;
+    protocol.chess960 = false;
     setboard(game, START_FEN);
     new_game(game);
     protocol.force_mode    = 0;

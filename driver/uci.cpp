@@ -143,7 +143,7 @@ void parse_go(SearchThread& game, const char* text) {
 }
 
 static void start_position(SearchThread& game) {
-    setboard(game, START_FEN);
+    setboard(game, START_FEN, protocol.chess960);
     new_game(game);
 }
 
@@ -156,11 +156,11 @@ bool uci_command(SearchThread& game, const char* line) {
     } else if (match_prefix(&cursor, "ucinewgame")) {
         start_position(game);
     } else if (match_prefix(&cursor, "position fen")) {
-        setboard(game, cursor);
+        setboard(game, cursor, protocol.chess960);
         new_game(game);
         play_move_list(game, cursor);
     } else if (match_prefix(&cursor, "position startpos")) {
-        setboard(game, START_FEN);
+        setboard(game, START_FEN, protocol.chess960);
         play_move_list(game, cursor);
     } else if (match_prefix(&cursor, "go")) {
         parse_go(game, cursor);
@@ -190,6 +190,12 @@ bool uci_command(SearchThread& game, const char* line) {
     } else if (match_prefix(&cursor, "setoption name SyzygyProbeLimit value")) {
         if (std::isdigit(static_cast<unsigned char>(*cursor)))
             tb_settings.probe_limit = std::clamp(std::atoi(cursor), 0, TB_MAX_MEN);
+    } else if (match_prefix(&cursor, "setoption name UCI_Chess960 value")) {
+        // Takes effect with the next position command, as GUIs send it before one.
+        if (match_prefix(&cursor, "true"))
+            protocol.chess960 = true;
+        else if (match_prefix(&cursor, "false"))
+            protocol.chess960 = false;
     }
     return true;
 }
@@ -198,6 +204,7 @@ void uci_loop(SearchThread& game) {
     free_threads();
     set_threads(1);
     hash_alloc(DEFAULT_HASH_MB);
+    protocol.chess960 = false;
     start_position(game);
     std::setvbuf(stdout, nullptr, _IONBF, 0);
     std::printf("id name %s %s %s\n", ENGINE_NAME, VERSION, BUILD_TEXT);
@@ -213,6 +220,7 @@ void uci_loop(SearchThread& game) {
     std::printf("option name SyzygyProbeDepth type spin default 1 min 1 max %d\n", MAX_TB_PROBE_DEPTH);
     std::printf("option name Syzygy50MoveRule type check default true\n");
     std::printf("option name SyzygyProbeLimit type spin default %d min 0 max %d\n", TB_MAX_MEN, TB_MAX_MEN);
+    std::printf("option name UCI_Chess960 type check default false\n");
     std::printf("uciok\n");
 
     uci_input_start();
