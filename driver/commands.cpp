@@ -346,6 +346,9 @@ static int cmd_undo(SearchThread& game) {
 static int cmd_xboard(SearchThread&) {
     if (!protocol.xboard_mode) {
         protocol.xboard_mode = 1;
+        // A GUI asks for thinking lines with "post"; one that never does (or sends "nopost") must
+        // not get them: some take any word that looks like a move for one.
+        protocol.post = 0;
         std::putchar('\n');
     }
     return CMD_DONE;

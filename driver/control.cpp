@@ -311,7 +311,8 @@ static void set_search_kind() {
     sc.pondering      = protocol.pondering != 0;
     sc.uci_output     = protocol.uci_mode.load(std::memory_order_relaxed) != 0;
     sc.xboard_output  = xboard;
-    sc.display_depth  = protocol.display_depth;
+    // Without "post" no thinking line reaches the depth from which they are shown.
+    sc.display_depth = protocol.post ? protocol.display_depth : MAX_DEPTH + 1;
 }
 
 // What UCI's "go" asked beyond the clock: the root moves, lines, node and mate limits. Every other

@@ -30,7 +30,8 @@ struct ProtocolFlags {
     std::atomic<int> input_ready{0};
     int held_line = 0; // input_line holds a line that ended an analysis and is still to be dispatched
     std::atomic<int> watcher_quit{0};
-    int post          = 0;
+    // Thinking lines: on for a person at the console, off from "xboard" on until the GUI sends "post".
+    int post          = 1;
     int ponder        = 0;
     int display_depth = 0;
     int ping_pending  = 0;

@@ -136,7 +136,8 @@ LoopStep engine_thinks(SearchThread& game) {
         if (m != 0 && !protocol.analyze_mode) {
             std::printf("move %s\n", xboard_move_text(*game.pos, m));
             set_best_move(m);
-            if (sc.best_depth.load(std::memory_order_relaxed) >= protocol.display_depth) print_thinking();
+            if (protocol.post && sc.best_depth.load(std::memory_order_relaxed) >= protocol.display_depth)
+                print_thinking();
             protocol.display_depth = display_depth;
             return after_move(game);
         }
@@ -144,7 +145,7 @@ LoopStep engine_thinks(SearchThread& game) {
     if (game_history.single_reply != 0 && !protocol.analyze_mode && !protocol.pondering) {
         set_best_move(game_history.single_reply);
         sc.best_depth.store(0, std::memory_order_relaxed);
-        print_thinking();
+        if (protocol.post) print_thinking();
         protocol.display_depth = display_depth;
         std::printf("move %s\n", xboard_move_text(*game.pos, game_history.single_reply));
         return after_move(game);
