@@ -1,5 +1,8 @@
 // The endgame tables checked against themselves, table by table (see tb_consistency.h).
 // Usage: tb_check <folder> [samples [table ...]]
+//        tb_check <folder> pick <table> <count> <least dtz>
+// The second form prints the FEN of that many random positions of the table, the first-named
+// side to move and winning, at least that many plies from zeroing (for playing them out).
 // With samples 0 (the default) every position of each table is checked, with the White king on
 // files a-d only (the tables are the same mirrored); otherwise that many random placements per
 // table. One line per table:
@@ -37,6 +40,29 @@ void sweep(PositionStack& t, const uint8_t* codes, int n, int* squares, int i, T
     }
 }
 
+int pick(const char* folder, const char* table, int count, int least) {
+    tb_load(folder, ':');
+    TbMaterial m;
+    if (!tb_parse_name(table, m)) return 2;
+    uint8_t codes[TB_MAX_MEN];
+    int squares[TB_MAX_MEN];
+    const int n = tb_codes(m, codes);
+    auto t      = std::make_unique<PositionStack>();
+    std::mt19937_64 rng(static_cast<uint64_t>(least) * 7919 + static_cast<uint64_t>(count));
+    for (int found = 0, tries = 0; found < count && tries < 10000000; ++tries) {
+        for (int i = 0; i < n; ++i)
+            squares[i] = static_cast<int>(rng() % 64);
+        if (!tb_set_placement(*t, codes, squares, n, WHITE)) continue;
+        int wdl = 0, dtz = 0;
+        if (!tb_probe_wdl(*t, wdl) || !tb_probe_dtz(*t, dtz) || wdl != TB_WIN || dtz < least) continue;
+        char fen[100];
+        fen_text(*t->pos, fen);
+        std::printf("%s\n", fen);
+        ++found;
+    }
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -45,6 +71,8 @@ int main(int argc, char** argv) {
         return 2;
     }
     tables_init();
+    if (argc == 6 && std::string(argv[2]) == "pick")
+        return pick(argv[1], argv[3], std::atoi(argv[4]), std::atoi(argv[5]));
     const int samples         = argc > 2 ? std::atoi(argv[2]) : 0;
     const TbLoadReport report = tb_load(argv[1], ':');
     for (const auto& line : report.problems)
