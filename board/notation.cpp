@@ -44,7 +44,7 @@ Move text_to_move(const char* s) {
     }
     const int from = (c[0] - 'a') + 8 * (c[1] - '1');
     const int to   = (c[2] - 'a') + 8 * (c[3] - '1');
-    Move m         = static_cast<Move>(from * 64 + to) & 0xFFFF;
+    Move m         = static_cast<Move>(from * 64 + to) & MOVE_WORD_BITS;
     if (c[4] >= 'b' && c[4] <= 'r') m |= static_cast<Move>(promo_type[c[4] - 'b']) << 13;
     return m;
 }

@@ -99,6 +99,9 @@ static_assert(sizeof(Move) == 4);
 
 constexpr uint32_t QUIET_MARK  = 1u << 12;
 constexpr uint32_t SQUARE_BITS = 0xFFF;
+// The move word of an entry: squares, quiet mark and promotion, without the sort key. Moves from
+// different lists (generated, stored in the table, typed in) compare by it.
+constexpr uint32_t MOVE_WORD_BITS = 0xFFFF;
 constexpr int move_to(Move m) {
     return m & 63;
 }

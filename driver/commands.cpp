@@ -439,8 +439,7 @@ constexpr Command commands[] = {
 
 } // namespace
 
-// A line with more than six slashes is a position, whatever its first word.
-static bool is_fen_line(const char* line) {
+bool is_fen_line(const char* line) {
     int slashes = 0;
     for (const char* c = line; *c != '\0'; ++c)
         slashes += *c == '/';

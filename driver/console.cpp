@@ -193,7 +193,7 @@ int cmd_list(SearchThread& game) {
             m = 0;
         }
         std::printf("\n%2d  %2s %6d %6d %u", static_cast<int>(i + 1), move_text(m), static_cast<int>(m >> 16),
-                    p.board[move_to(m)], m & 0xFFFF);
+                    p.board[move_to(m)], m & MOVE_WORD_BITS);
     }
     std::putchar('\n');
     return CMD_DONE;

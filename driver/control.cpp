@@ -247,7 +247,7 @@ static Move expected_reply(const SearchThread& game, Move best) {
     Move moves[MAX_MOVES];
     const uint32_t n = legal_moves(*r.pos, moves);
     for (uint32_t i = 0; i < n; ++i)
-        if ((moves[i] & 0xFFFF) == (hit.move & 0xFFFF)) return moves[i];
+        if ((moves[i] & MOVE_WORD_BITS) == (hit.move & MOVE_WORD_BITS)) return moves[i];
     return 0;
 }
 

@@ -46,7 +46,7 @@ LoopStep received_move(SearchThread& game, const char* line) {
     char text[6] = {};
     for (int i = 0; i < 5 && line[i] != '\0'; ++i)
         text[i] = line[i];
-    const Move word = find_legal_text(*game.pos, text) & 0xFFFF;
+    const Move word = find_legal_text(*game.pos, text) & MOVE_WORD_BITS;
     if (word == 0) {
         std::printf("Illegal move: %s\n", line);
         return LoopStep::read;

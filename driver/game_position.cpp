@@ -66,7 +66,7 @@ void generate_legal_moves(SearchThread& game, bool clear_stop) {
 Move find_legal_move(Move word) {
     for (uint32_t i = 0; i < game_history.legal_count; ++i) {
         const Move m = game_history.legal_moves.moves[i];
-        if (m != 0 && (m & 0xFFFF) == (word & 0xFFFF)) return m;
+        if (m != 0 && (m & MOVE_WORD_BITS) == (word & MOVE_WORD_BITS)) return m;
     }
     return 0;
 }
@@ -80,7 +80,7 @@ const char* xboard_move_text(const Position& p, Move m) {
 }
 
 Move find_legal_text(const Position& p, const char* text) {
-    if (const Move m = find_legal_move(text_to_move(text) & 0xFFFF)) return m;
+    if (const Move m = find_legal_move(text_to_move(text) & MOVE_WORD_BITS)) return m;
     const Move castle = text_to_castle(p, text);
     return castle ? find_legal_move(castle) : 0;
 }

@@ -48,7 +48,7 @@ static Move legal_move_named(SearchThread& game, const char* token, size_t lengt
     if (length < 4 || length > 5) return 0;
     char text[6] = {};
     std::memcpy(text, token, length);
-    const Move word = text_to_move(text) & 0xFFFF;
+    const Move word = text_to_move(text) & MOVE_WORD_BITS;
     generate_legal_moves(game, false);
     const Move m = find_legal_move(word);
     if (m != 0 && std::strcmp(move_text(m), text) == 0) return m;

@@ -95,6 +95,11 @@ void large_free(void* block, size_t) {
     std::free(block);
 }
 
+// The runs' tables are a few megabytes: nothing to hold back.
+uint64_t memory_available() {
+    return UINT64_MAX;
+}
+
 // A file is read whole into a heap block of its exact size, so that ASan reports any read past
 // its end as it would past a mapping's.
 bool map_file(const char* path, MappedFile& out) {

@@ -27,6 +27,11 @@ void exit_if_output_lost();
 // TLB as well as the cache. nullptr when the memory is not there. Free only with large_free.
 void* large_alloc(size_t bytes);
 void large_free(void* block, size_t bytes);
+// Bytes a new allocation can still use: what the system reports as available, lowered by the room
+// left under a container's memory limit. Zero-filling a table larger than this would end in the
+// system killing the process instead of the engine's own message. UINT64_MAX where the system
+// says nothing: the allocator's own answer then decides.
+uint64_t memory_available();
 
 // What separates the folders of a list of folders, as the system's own search paths do.
 #ifdef _WIN32

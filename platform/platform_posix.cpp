@@ -6,14 +6,15 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 
 #include <dirent.h>
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/stat.h>
-#include <sys/mman.h>
 #include <sys/ioctl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -148,11 +149,50 @@ void large_free(void* block, size_t bytes) {
     if (block) munmap(block, bytes);
 }
 
+constexpr uint64_t NO_LIMIT = UINT64_MAX;
+
+// Reads the first number after `label` in a text file; NO_LIMIT when the file or label is missing
+// or the value is not a number ("max").
+static uint64_t read_number(const char* path, const char* label, uint64_t scale) {
+    FILE* f = std::fopen(path, "r");
+    if (!f) return NO_LIMIT;
+    char line[256];
+    uint64_t value = NO_LIMIT;
+    const size_t n = std::strlen(label);
+    while (std::fgets(line, sizeof line, f)) {
+        if (std::strncmp(line, label, n) != 0) continue;
+        char* end        = nullptr;
+        const uint64_t v = std::strtoull(line + n, &end, 10);
+        if (end != line + n) value = v * scale;
+        break;
+    }
+    std::fclose(f);
+    return value;
+}
+
+// The kernel's estimate of memory available, then both generations of the cgroup memory limit.
+uint64_t memory_available() {
+    uint64_t avail = read_number("/proc/meminfo", "MemAvailable:", 1024);
+    const struct {
+        const char *limit, *usage;
+    } groups[] = {
+        {"/sys/fs/cgroup/memory.max", "/sys/fs/cgroup/memory.current"},
+        {"/sys/fs/cgroup/memory/memory.limit_in_bytes", "/sys/fs/cgroup/memory/memory.usage_in_bytes"},
+    };
+    for (const auto& g : groups) {
+        const uint64_t limit = read_number(g.limit, "", 1), usage = read_number(g.usage, "", 1);
+        if (limit == NO_LIMIT || usage == NO_LIMIT) continue;
+        const uint64_t room = limit > usage ? limit - usage : 0;
+        if (room < avail) avail = room;
+    }
+    return avail;
+}
+
 bool map_file(const char* path, MappedFile& out) {
-    out = MappedFile{nullptr, 0, nullptr};
+    out          = MappedFile{nullptr, 0, nullptr};
     const int fd = open(path, O_RDONLY | O_CLOEXEC);
     if (fd < 0) return false;
-    struct stat st{};
+    struct stat st {};
     void* at = MAP_FAILED;
     if (fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && st.st_size > 0)
         at = mmap(nullptr, static_cast<size_t>(st.st_size), PROT_READ, MAP_SHARED, fd, 0);
@@ -173,7 +213,7 @@ bool list_folder(const char* path, std::vector<std::string>& names) {
     if (!dir) return false;
     while (const dirent* e = readdir(dir)) {
         const std::string full = std::string(path) + "/" + e->d_name;
-        struct stat st{};
+        struct stat st {};
         if (stat(full.c_str(), &st) == 0 && S_ISREG(st.st_mode)) names.emplace_back(e->d_name);
     }
     closedir(dir);

@@ -106,7 +106,7 @@ int search_root(SearchThread& t, int alpha, int beta, int depth) {
     const bool show_move = main && sc.show_root;
     const bool filtered  = sc.root_move_count > 0 || (main && current_line > 0);
     MovePicker mp;
-    picker_init(mp, t, hash_move, true, 1, false, 0);
+    picker_init(mp, t, hash_move, PICK_ALL_STAGES | PICK_UNDERPROMOTIONS, 0);
     NodeBest best{-MATE, hash_move, BOUND_UPPER};
     int count = 0;
     TriedQuiets quiets;

@@ -25,8 +25,7 @@ CmRow cm_row_of(SearchThread& t) {
     return t.cmhist[p.board[lt]][lt];
 }
 
-void picker_init(MovePicker& mp, SearchThread& t, Move hash_move, bool full_mode, int underpromotions,
-                 bool checks_first_ply, int ply) {
+void picker_init(MovePicker& mp, SearchThread& t, Move hash_move, unsigned flags, int ply) {
     const Position& p   = *t.pos;
     mp.stage            = p.incheck ? STAGE_EVASIONS : STAGE_CAPTURES;
     mp.index            = 0;
@@ -35,9 +34,9 @@ void picker_init(MovePicker& mp, SearchThread& t, Move hash_move, bool full_mode
     mp.generated        = false;
     mp.hash_move        = (hash_move & SQUARE_BITS) ? hash_move & MOVE_WORD_BITS : 0;
     mp.hash_pending     = mp.hash_move != 0;
-    mp.full_mode        = full_mode;
-    mp.checks_first_ply = checks_first_ply;
-    mp.underpromotions  = underpromotions;
+    mp.full_mode        = (flags & PICK_ALL_STAGES) != 0;
+    mp.checks_first_ply = (flags & PICK_CHECKS_FIRST_PLY) != 0;
+    mp.underpromotions  = (flags & PICK_UNDERPROMOTIONS) != 0 ? 1 : 0;
     mp.ply              = ply;
     mp.cm_row           = cm_row_of(t);
     mp.killer1          = t.killers[0][ply];

@@ -19,9 +19,6 @@ enum PickStage {
     STAGE_END          = 7
 };
 
-// The move word of an entry: squares, quiet mark and promotion, without the sort key.
-constexpr uint32_t MOVE_WORD_BITS = 0xFFFF;
-
 // History change for a quiet move at a cut-off of depth d (d at most 16).
 constexpr int history_bonus(int d) {
     return 32 * d * d;
@@ -52,8 +49,14 @@ struct MovePicker {
 // The node's counter-move-history row, from the current position's last move.
 CmRow cm_row_of(SearchThread& t);
 
-void picker_init(MovePicker& mp, SearchThread& t, Move hash_move, bool full_mode, int underpromotions,
-                 bool checks_first_ply, int ply);
+// What picker_init is asked for; the flags combine with |.
+enum PickerFlags : unsigned {
+    PICK_ONE_STAGE        = 0, // the picker ends after its first stage (captures or evasions)
+    PICK_ALL_STAGES       = 1, // main move loops: captures, killers, counter move, quiets, bad captures
+    PICK_UNDERPROMOTIONS  = 2, // captures and evasions include the promotions to rook, bishop, knight
+    PICK_CHECKS_FIRST_PLY = 4, // quiescence first ply: the first stage comes from gen_checks
+};
+void picker_init(MovePicker& mp, SearchThread& t, Move hash_move, unsigned flags, int ply);
 // Next move (with the quiet mark where it applies), or 0 when the picker has ended. The stage the
 // move came from is left in mp.stage; the hash move comes out before any stage has begun.
 Move next_move(MovePicker& mp, SearchThread& t);

@@ -70,7 +70,7 @@ int qsearch(SearchThread& t, int pv, int alpha, int beta, int depth, int ply) {
     const Move hash_move = found ? hit.move : 0;
     NodeBest best{to_beat, hash_move, BOUND_UPPER};
     MovePicker mp;
-    picker_init(mp, t, hash_move, false, 0, depth == 0, ply);
+    picker_init(mp, t, hash_move, depth == 0 ? PICK_CHECKS_FIRST_PLY : PICK_ONE_STAGE, ply);
     while (Move m = next_move(mp, t)) {
         hash_prefetch(key_after(p, t.key, m));
         if (!legal(p, m)) continue;

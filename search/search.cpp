@@ -103,7 +103,7 @@ static bool prune_node(SearchThread& t, int alpha, int beta, int depth, int ply,
         const bool hash_first = (hash_move & SQUARE_BITS) && !(hash_move & QUIET_MARK) &&
                                 move_is_pseudo_legal(p, hash_move) && see(p, hash_move) >= 0;
         MovePicker mp;
-        picker_init(mp, t, hash_first ? hash_move : 0, false, 0, false, ply);
+        picker_init(mp, t, hash_first ? hash_move : 0, PICK_ONE_STAGE, ply);
         // A hash move that did not qualify is a quiet move or a losing capture, which the capture
         // stage skips anyway.
         while (Move m = next_move(mp, t)) {
@@ -210,9 +210,10 @@ int search(SearchThread& t, int pv, int alpha, int beta, int depth, int ply, int
         }
     }
 
-    const int underpromotions = (ply <= UNDERPROMOTION_PLY || sc.analysis) ? 1 : 0;
+    const unsigned underpromotions =
+        (ply <= UNDERPROMOTION_PLY || sc.analysis) ? PICK_UNDERPROMOTIONS : PICK_ONE_STAGE;
     MovePicker mp;
-    picker_init(mp, t, hash_move, true, underpromotions, false, ply);
+    picker_init(mp, t, hash_move, PICK_ALL_STAGES | underpromotions, ply);
     const bool singular_candidate = depth >= SINGULAR_DEPTH && excluded == 0 &&
                                     outside_mate_range(hash_score) && hash_bound == BOUND_LOWER &&
                                     hash_depth >= depth - SINGULAR_ENTRY_SLACK;

@@ -16,50 +16,9 @@ uint64_t hash_mask    = 0;
 uint32_t hash_age     = 0;
 
 constexpr uint64_t MEGABYTE    = 1048576;
-constexpr uint64_t NO_LIMIT    = UINT64_MAX;
 constexpr uint32_t AGE_MASK    = 63;
 constexpr int DATA_SCORE_SHIFT = 16, DATA_EVAL_SHIFT = 32, DATA_DEPTH_SHIFT = 48;
 constexpr int DATA_BOUND_SHIFT = 56, DATA_AGE_SHIFT = 58;
-
-// Reads the first number after `label` in a text file; NO_LIMIT when the file or label is missing
-// or the value is not a number ("max").
-static uint64_t read_number(const char* path, const char* label, uint64_t scale) {
-    FILE* f = std::fopen(path, "r");
-    if (!f) return NO_LIMIT;
-    char line[256];
-    uint64_t value = NO_LIMIT;
-    const size_t n = std::strlen(label);
-    while (std::fgets(line, sizeof line, f)) {
-        if (std::strncmp(line, label, n) != 0) continue;
-        char* end        = nullptr;
-        const uint64_t v = std::strtoull(line + n, &end, 10);
-        if (end != line + n) value = v * scale;
-        break;
-    }
-    std::fclose(f);
-    return value;
-}
-
-// Memory a new allocation can still use: what the kernel reports as available, lowered by the
-// room left under a container limit. Zero-filling a table larger than this would end in the
-// kernel killing the process instead of the engine's own message. Where none of these files
-// exist the allocator's own answer decides.
-static uint64_t memory_available() {
-    uint64_t avail = read_number("/proc/meminfo", "MemAvailable:", 1024);
-    const struct {
-        const char *limit, *usage;
-    } groups[] = {
-        {"/sys/fs/cgroup/memory.max", "/sys/fs/cgroup/memory.current"},
-        {"/sys/fs/cgroup/memory/memory.limit_in_bytes", "/sys/fs/cgroup/memory/memory.usage_in_bytes"},
-    };
-    for (const auto& g : groups) {
-        const uint64_t limit = read_number(g.limit, "", 1), usage = read_number(g.usage, "", 1);
-        if (limit == NO_LIMIT || usage == NO_LIMIT) continue;
-        const uint64_t room = limit > usage ? limit - usage : 0;
-        if (room < avail) avail = room;
-    }
-    return avail;
-}
 
 // The size of the block hash_table points into, which large_free needs back.
 static uint64_t allocated_bytes = 0;
@@ -118,7 +77,7 @@ bool hash_probe(uint64_t key, int ply, HashHit& hit) {
     const uint64_t data  = e.data.load(std::memory_order_relaxed);
     const uint64_t check = e.check.load(std::memory_order_relaxed);
     if (data == 0 || (check ^ key) != data) return false;
-    hit.move  = static_cast<Move>(data & 0xFFFF);
+    hit.move  = static_cast<Move>(data & MOVE_WORD_BITS);
     hit.score = score_from_hash(static_cast<int16_t>(data >> DATA_SCORE_SHIFT), ply);
     hit.eval  = static_cast<int16_t>(data >> DATA_EVAL_SHIFT);
     hit.depth = static_cast<int8_t>(data >> DATA_DEPTH_SHIFT);
@@ -134,7 +93,7 @@ void hash_store(const SearchThread& t, Move move, int score, int eval, int depth
     const uint32_t old_age = static_cast<uint32_t>(old >> DATA_AGE_SHIFT);
     // A deeper entry of another position from this same search is worth more than the new one.
     if (!same && old_depth > depth && old_age == (hash_age & AGE_MASK)) return;
-    const uint64_t data = (move & 0xFFFFu) |
+    const uint64_t data = (move & MOVE_WORD_BITS) |
                           static_cast<uint64_t>(static_cast<uint16_t>(score_to_hash(score, ply)))
                               << DATA_SCORE_SHIFT |
                           static_cast<uint64_t>(static_cast<uint16_t>(eval)) << DATA_EVAL_SHIFT |
