@@ -460,6 +460,9 @@ int parse_command(SearchThread& game) {
         if (game.pos->chess960) protocol.chess960 = true;
         new_game(game);
         game.pos->phase = compute_phase(*game.pos);
+        // The end of the game before it (a result, a mate) is not this position's: the moves
+        // generated next decide afresh whether it has ended.
+        game_history.game_over = 0;
         return CMD_POSITION;
     }
     for (char* c = line; *c != '\0'; ++c)
