@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "board/makemove.h"
+#include "board/movegen.h"
 #include "eval/evaluate.h"
 #include "platform/platform.h"
 #include "search/movepick.h"
@@ -195,6 +196,10 @@ static void deepen(SearchThread& t) {
     const bool main = t.id == 0;
     int score = 0, depth = 1, delta = MATE;
     if (sc.max_depth < 1) return;
+    // A root without a legal move (mate or stalemate) reads the same at every depth: its first
+    // depth is reported once and the search ends there.
+    Move root_moves[MAX_MOVES];
+    const bool no_root_move = main && legal_moves(*t.pos, root_moves) == 0;
     for (;;) {
         t.seldepth = 0;
         int alpha  = std::max(score - delta, -MATE);
@@ -211,6 +216,7 @@ static void deepen(SearchThread& t) {
             if (sc.multipv > 1 && !search_other_lines(t, depth)) return;
             sc.completed_depth.store(depth, std::memory_order_relaxed);
             report();
+            if (no_root_move) return;
             // A mate within the moves asked for is proven.
             if (sc.mate_limit > 0 && score >= MATE - (2 * sc.mate_limit - 1)) return;
             const int slot       = sc.time_slot.load(std::memory_order_relaxed);
