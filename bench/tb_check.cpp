@@ -4,8 +4,8 @@
 // The second form prints the FEN of that many random positions of the table, the first-named
 // side to move and winning, at least that many plies from zeroing (for playing them out).
 // With samples 0 (the default) every position of each table is checked, with the White king on
-// files a-d only (the tables are the same mirrored); otherwise that many random placements per
-// table. One line per table:
+// files a-d only, and in the a1-d1-d4 triangle without pawns (the tables are the same mirrored);
+// otherwise that many random placements per table. One line per table:
 //   <table> positions <n> wdl_wrong <n> dtz_wrong <n> dtz_inexact <n> failed <n> seconds <s>
 // and the exit status is 1 when anything was wrong.
 
@@ -31,10 +31,14 @@ void sweep(PositionStack& t, const uint8_t* codes, int n, int* squares, int i, T
             if (tb_set_placement(t, codes, squares, n, side)) tb_check_position(t, c);
         return;
     }
-    // The White king (the first-named side's king) stays on files a-d.
+    // The White king (the first-named side's king) stays on files a-d, and without pawns in the
+    // a1-d1-d4 triangle: the other placements are mirror images of these.
     const bool king = codes[i] == tb_code(WHITE, KING);
+    bool pawns      = false;
+    for (int k = 0; k < n; ++k)
+        pawns |= (codes[k] & 7) == PAWN + 1;
     for (int s = 0; s < 64; ++s) {
-        if (king && file_of(s) > 3) continue;
+        if (king && (file_of(s) > 3 || (!pawns && rank_of(s) > file_of(s)))) continue;
         squares[i] = s;
         sweep(t, codes, n, squares, i + 1, c);
     }
