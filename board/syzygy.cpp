@@ -21,10 +21,11 @@ struct TbEntry {
 // Written by tb_load alone, while no search runs.
 struct TbRegistry {
     std::vector<std::unique_ptr<TbEntry>> entries;
-    std::unordered_map<uint64_t, const TbEntry*> by_key; // under both colourings
-    int max_men;
+    // Each table under both colourings, sorted by key for a binary search.
+    std::vector<std::pair<uint64_t, const TbEntry*>> by_key;
+    int max_men = 0;
 };
-TbRegistry registry;
+constinit TbRegistry registry;
 
 void release_all() {
     for (auto& e : registry.entries) {
@@ -57,8 +58,9 @@ constexpr int CHANGE_SIDE = -101;
 int probe_table(const Position& p, bool dtz, int wdl) {
     const uint64_t key = position_material_key(p);
     if (key == 0) return dtz ? 0 : TB_DRAW; // two bare kings
-    const auto found = registry.by_key.find(key);
-    if (found == registry.by_key.end()) return NO_VALUE;
+    const auto found = std::lower_bound(registry.by_key.begin(), registry.by_key.end(),
+                                        std::pair<uint64_t, const TbEntry*>{key, nullptr});
+    if (found == registry.by_key.end() || found->first != key) return NO_VALUE;
     const TbEntry& e = *found->second;
     if (dtz ? !e.has_dtz : !e.has_wdl) return NO_VALUE;
     // The table's first-named side plays White: when Black holds those men, or the sides are
@@ -260,12 +262,13 @@ TbLoadReport tb_load(const std::string& folders, char separator) {
     }
     for (const auto& e : registry.entries) {
         if (!e->has_wdl && !e->has_dtz) continue;
-        registry.by_key[e->material.key]    = e.get();
-        registry.by_key[e->material.mirror] = e.get();
+        registry.by_key.emplace_back(e->material.key, e.get());
+        if (!e->material.symmetric) registry.by_key.emplace_back(e->material.mirror, e.get());
         report.wdl_tables += e->has_wdl;
         report.dtz_tables += e->has_dtz;
         if (e->has_wdl) report.max_men = std::max(report.max_men, e->material.men);
     }
+    std::sort(registry.by_key.begin(), registry.by_key.end());
     registry.max_men = report.max_men;
     return report;
 }

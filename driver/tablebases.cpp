@@ -13,8 +13,8 @@ namespace {
 
 // The folders last loaded and what they gave: the same text again (mo.ini at every "new") reports
 // without mapping every file afresh.
-std::string loaded_folders;
-TbLoadReport loaded_report{0, 0, 0, {}};
+constinit std::string loaded_folders;
+constinit TbLoadReport loaded_report{0, 0, 0, {}};
 
 void say(const std::string& text) {
     if (protocol.uci_mode.load(std::memory_order_relaxed))
