@@ -61,10 +61,11 @@ static Position* make_castle960(PositionStack& t, Move m) {
     return p;
 }
 
-Position* make_move(PositionStack& t, Move m) {
+// Made once for standard positions and once for those that write castling in the Chess960 form,
+// so that standard chess pays one test per move for the other.
+template <bool Chess960> static Position* make_move_in(PositionStack& t, Move m) {
     // Only Chess960 castling moves onto a man of the mover's own colour.
-    if (t.pos->colour_bb[t.pos->side] & bit(move_to(m))) [[unlikely]]
-        return make_castle960(t, m);
+    if (Chess960 && (t.pos->colour_bb[t.pos->side] & bit(move_to(m)))) return make_castle960(t, m);
     set_thread_nodes(t, t.nodes + 1);
 
     // Everything is read from the old slot so that no read waits on the block copy.
@@ -184,8 +185,7 @@ Position* make_move(PositionStack& t, Move m) {
     }
 
     // The corner table knows only the standard rooks' squares.
-    if (old->chess960 && old->cflag) [[unlikely]]
-        p->cflag = castle960_rights_after(*old, from, to);
+    if (Chess960 && old->cflag) p->cflag = castle960_rights_after(*old, from, to);
     // The castling keys combine by exclusive or, so the rights lost cost one lookup.
     if (p->cflag != old->cflag) key ^= castle_keys[p->cflag ^ old->cflag];
     t.key = key;
@@ -195,6 +195,12 @@ Position* make_move(PositionStack& t, Move m) {
     p->side = static_cast<uint8_t>(them);
     set_pins(*p);
     return p;
+}
+
+Position* make_move(PositionStack& t, Move m) {
+    if (t.pos->chess960) [[unlikely]]
+        return make_move_in<true>(t, m);
+    return make_move_in<false>(t, m);
 }
 
 void commit_move(PositionStack& game, Move m) {
