@@ -62,6 +62,7 @@ static int cmd_nothing(SearchThread&) {
 }
 
 static int cmd_analyze(SearchThread&) {
+    if (!protocol.analyze_mode) clock_inputs.depth_before_analysis = clock_inputs.depth_limit;
     clock_inputs.depth_limit = 99;
     protocol.force_mode      = 0;
     protocol.analyze_mode    = 1;

@@ -72,6 +72,8 @@ struct ClockRecord {
 // the root moves the search may choose from; none: all).
 struct ClockInputs {
     int32_t time_left = 0, increment = 0, moves_to_go = 0, level_moves = 0, depth_limit = 0, move_time = 0;
+    // The depth limit an analysis replaced with its own; the console gives it back at the end.
+    int32_t depth_before_analysis = 0;
     bool go_infinite = false, go_ponder = false;
     int64_t go_nodes      = 0;
     int32_t go_mate       = 0;

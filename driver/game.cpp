@@ -112,7 +112,8 @@ static LoopStep after_move(SearchThread& game) {
             return LoopStep::redispatch;
         return LoopStep::read;
     }
-    protocol.analyze_mode = 0;
+    protocol.analyze_mode    = 0;
+    clock_inputs.depth_limit = clock_inputs.depth_before_analysis;
     return LoopStep::read;
 }
 

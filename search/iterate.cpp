@@ -231,8 +231,6 @@ static void deepen(SearchThread& t) {
 }
 
 void search_thread(SearchThread& t) {
-    set_thread_nodes(t, 0);
-    std::atomic_ref<uint64_t>(t.tbhits).store(0, std::memory_order_relaxed);
     deepen(t);
     add_nodes_searched(t.nodes);
     // Thread 0 ends the search for all; the others just end.

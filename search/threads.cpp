@@ -1,5 +1,6 @@
 #include "search/threads.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 #include <new>
@@ -69,6 +70,12 @@ void start_search(const SearchThread& game) {
     ++hash_age;
     std::memset(sc.pv_table, 0, sizeof sc.pv_table);
     sc.completed_depth.store(0, std::memory_order_relaxed);
+    // Every counter starts from zero before any thread runs: thread 0 may print its first line
+    // before a helper has begun, and that line must not count the helper's last search.
+    for (int i = 0; i < record_count; ++i) {
+        set_thread_nodes(*records[i], 0);
+        std::atomic_ref<uint64_t>(records[i]->tbhits).store(0, std::memory_order_relaxed);
+    }
     for (int i = 0; i < record_count; ++i) {
         prepare_record(*records[i], game, static_cast<uint32_t>(i));
         try {
