@@ -225,11 +225,16 @@ int search(SearchThread& t, int pv, int alpha, int beta, int depth, int ply, int
         // No stage hands out the hash move's word again, so the word identifies it.
         const bool from_hash = mp.hash_move != 0 && (m & MOVE_WORD_BITS) == mp.hash_move;
         if ((m & SQUARE_BITS) == (excluded & SQUARE_BITS)) continue;
-        if (mp.stage == STAGE_QUIETS && depth < LMP_DEPTH && lmp_table[improving][depth] <= searched) {
+        // Moves are left out only once one has shown that the side is not mated: a node whose
+        // every searched move lost to a mate would otherwise report that mate, as if the moves
+        // left out lost to it as well.
+        const bool may_prune = best.score >= MATE_STORE_LOW;
+        if (may_prune && mp.stage == STAGE_QUIETS && depth < LMP_DEPTH &&
+            lmp_table[improving][depth] <= searched) {
             skip_quiets(mp);
             continue;
         }
-        if (mp.stage == STAGE_BAD_CAPTURES && move_key(m) < -BAD_CAPTURE_UNIT * depth) continue;
+        if (may_prune && mp.stage == STAGE_BAD_CAPTURES && move_key(m) < -BAD_CAPTURE_UNIT * depth) continue;
         hash_prefetch(key_after(p, t.key, m));
         if (!legal(p, m)) continue;
         int n = depth - 1;
