@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr int MAX_THREADS_IN_RUN = 4;
+constexpr int MAX_THREADS_IN_RUN = 2;
 constexpr int MAX_PERFT_DEPTH    = 3;
 // Dispatches in a row that consumed no line (neither the loop nor an analysis read one): an
 // analysis ended by a line gives one, its reset rule one more.
@@ -43,8 +43,8 @@ bool guard_line(char* line) {
     auto cap = [&](const char* name, int most) {
         if (std::strcmp(word, name) == 0 && arg > most) std::snprintf(line, INPUT_SIZE, "%s %d", name, most);
     };
-    cap("hash", HARNESS_HASH_MB * 8);
-    cap("memory", HARNESS_HASH_MB * 8);
+    cap("hash", HARNESS_HASH_MB * 2);
+    cap("memory", HARNESS_HASH_MB * 2);
     cap("cores", MAX_THREADS_IN_RUN);
     cap("perft", MAX_PERFT_DEPTH);
     return true;

@@ -68,11 +68,13 @@ int read_key() {
 void clear_screen() {}
 
 // The polling loop's nap doubles as the input watcher: during an XBoard analysis a line is always
-// there (the queue's next one, or the closing "exit" below).
+// there (the queue's next one, or the closing "exit" below). The nap is a fiftieth of what was
+// asked: the searches of a run take a fraction of a millisecond, and a whole one would make each
+// of them last at least that long.
 void sleep_ms(int ms) {
     if (protocol.xboard_mode.load(std::memory_order_relaxed) && protocol.analyze_mode)
         protocol.input_ready.store(1, std::memory_order_relaxed);
-    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+    std::this_thread::sleep_for(std::chrono::microseconds(ms * 20));
 }
 
 // Only an analysis reads here. When the queue is empty the GUI closes the analysis, so that no

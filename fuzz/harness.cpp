@@ -9,6 +9,8 @@
 #include "driver/book.h"
 #include "driver/game_position.h"
 #include "fuzz/fuzz_platform.h"
+#include "search/threads.h"
+#include "search/tt.h"
 
 static void harness_init() {
     harness_tables_init();
@@ -24,21 +26,32 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
     return 0;
 }
 
+// The searches counted at the last reset: while the count stands, no search has written the
+// ordering memory or the table since, and clearing them again would only cost time.
+static uint64_t searches_at_reset = 0;
+
 void harness_reset() {
     book_close();
     SearchThread* game = game_record;
     reset_engine_state();
     book_rand_state = 1;
     // One thread with fresh ordering memory, so that a run does not depend on the runs before it.
+    // A record made anew comes zeroed.
     if (thread_count() != 1) {
         free_threads();
         set_threads(1);
     }
-    std::memset(static_cast<void*>(&search_record(0)), 0, sizeof(SearchThread));
-    if (hash_size != static_cast<uint64_t>(HARNESS_HASH_MB) << 20) hash_alloc(HARNESS_HASH_MB);
+    const bool searched = searches_started() != searches_at_reset;
+    searches_at_reset   = searches_started();
+    if (searched) std::memset(static_cast<void*>(&search_record(0)), 0, sizeof(SearchThread));
+    // A new size comes zero-filled; the same size is cleared only when a search has written it.
+    if (hash_size != static_cast<uint64_t>(HARNESS_HASH_MB) << 20)
+        hash_alloc(HARNESS_HASH_MB);
+    else if (searched)
+        hash_clear();
     reset_search_state();
+    // The start position with its key history begun, as a new game has it.
     setboard(*game, START_FEN);
-    new_game(*game);
     generate_legal_moves(*game, true);
     fuzz_input_set({});
 }

@@ -66,7 +66,14 @@ void prepare_record(SearchThread& r, const SearchThread& game, uint32_t id) {
     std::memset(r.killers, 0, sizeof r.killers);
 }
 
+static uint64_t search_count = 0;
+
+uint64_t searches_started() {
+    return search_count;
+}
+
 void start_search(const SearchThread& game) {
+    ++search_count;
     ++hash_age;
     std::memset(sc.pv_table, 0, sizeof sc.pv_table);
     sc.completed_depth.store(0, std::memory_order_relaxed);

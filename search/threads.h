@@ -59,6 +59,9 @@ void free_threads();
 void prepare_record(SearchThread& r, const SearchThread& game, uint32_t id);
 // Advances the table age, clears pv_table and starts one thread per record from the game record.
 void start_search(const SearchThread& game);
+// Searches started since start-up: the records' ordering memory and the table are unchanged
+// while this count stands.
+uint64_t searches_started();
 // Joins the threads in order 0..n-1.
 void join_search();
 // Every value one search leaves behind (stop, limits, soft-limit slot, best depth and score, the
