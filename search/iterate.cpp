@@ -29,7 +29,7 @@ static constexpr LmrTable make_lmr_table() {
 
 constexpr LmrTable lmr_table_data = make_lmr_table();
 
-static constexpr int LAST_TIME_SLOT = 9;
+static constexpr int LAST_TIME_SLOT = TIME_SLOTS - 1;
 // Aspiration: full window for the first depths, then a narrow one around the last score.
 static constexpr int FULL_WINDOW_DEPTH = 4;
 static constexpr int DELTA_PONDER = 80, DELTA_NORMAL = 10;

@@ -9,6 +9,9 @@
 #include "search/thread.h"
 
 constexpr int MAX_MULTIPV = 256;
+// Soft time limits, one per slot: a new best move takes the last, most generous one, and each
+// iteration that confirms it steps one slot down.
+constexpr int TIME_SLOTS = 10;
 
 struct SearchControl {
     std::atomic<int> stop;
@@ -26,13 +29,13 @@ struct SearchControl {
     std::atomic<int64_t> clock_start;
     uint64_t hard_limit;                   // ms of elapsed time after which the search is stopped
     std::atomic<int> limit_depth;          // the time limits apply once this depth is complete
-    std::atomic<uint64_t> time_limits[10]; // soft limits, chosen by time_slot; 0 = none
+    std::atomic<uint64_t> time_limits[TIME_SLOTS]; // soft limits, chosen by time_slot; 0 = none
     uint64_t node_limit;                   // nodes each thread may search (UINT64_MAX: no limit)
     int mate_limit;                        // stop once a mate in this many moves is found (0: no)
     int multipv;                           // lines searched at the root, best first
     int root_move_count;                   // moves the root may search (0: all)
     uint32_t root_moves[MAX_MOVES];
-    std::atomic<int> time_slot; // 0..9
+    std::atomic<int> time_slot; // 0 .. TIME_SLOTS - 1
     std::atomic<int> best_depth;
     std::atomic<int> completed_depth; // the last iteration thread 0 finished (0: none yet)
     std::atomic<int> best_score;

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "driver/control.h"
+#include "driver/timeman.h"
 #include "driver/engine_state.h"
 
 namespace {
