@@ -57,16 +57,11 @@ struct FixedSearch {
 inline FixedSearch fixed_depth_search(SearchThread& game, const char* fen, int depth) {
     setboard(game, fen);
     new_game(game);
-    clock_inputs.clear_request();
-    reset_search_state();
-    protocol.xboard_mode     = 0;
-    protocol.uci_mode        = 0;
-    protocol.analyze_mode    = 0;
-    protocol.pondering       = 0;
-    protocol.display_depth   = MAX_DEPTH + 1;
-    clock_inputs.depth_limit = depth;
-    const int64_t start      = get_ms();
-    think(game);
+    SearchRequest request;
+    request.display_depth = MAX_DEPTH + 1;
+    request.depth_limit   = depth;
+    const int64_t start   = get_ms();
+    think(game, request);
     FixedSearch r{};
     r.ms    = get_ms() - start;
     r.nodes = total_nodes();

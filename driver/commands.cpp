@@ -171,8 +171,8 @@ static int cmd_easy(SearchThread&) {
 
 static int cmd_exit(SearchThread&) {
     if (protocol.analyze_mode) {
-        protocol.analyze_mode = 0;
-        sc.stop.store(1, std::memory_order_relaxed);
+        protocol.analyze_mode    = 0;
+        protocol.ponder_ready    = false;
         clock_inputs.depth_limit = 14;
         std::putchar('\n');
     }
@@ -355,8 +355,9 @@ static int cmd_xboard(SearchThread&) {
     return CMD_DONE;
 }
 
+// "?" (move now) arrives after the search it ended; no ponder search follows it.
 static int cmd_query(SearchThread&) {
-    sc.stop.store(1, std::memory_order_relaxed);
+    protocol.ponder_ready = false;
     return CMD_DONE;
 }
 

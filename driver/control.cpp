@@ -27,12 +27,26 @@
 
 constexpr int POLL_MS = 2;
 
-// A stop asked for (by the clock, the input, "stop" or "quit") waits until the first iteration is
-// complete: that takes microseconds, and its move is a searched one, never just the first legal move.
-static bool stop_wanted = false;
+// The search in progress: what it was asked, and how it is to end. A stop asked for (by the clock,
+// the input, "stop" or "quit") waits until the first iteration is complete: that takes
+// microseconds, and its move is a searched one, never just the first legal move. A UCI answer
+// waits for "stop" or "ponderhit" (go infinite, go ponder); a ponder search gets its clock limits
+// at the ponderhit.
+struct RunningSearch {
+    const SearchRequest* request = nullptr;
+    bool stop_wanted             = false;
+    SearchEnd stop_reason        = SearchEnd::depth;
+    bool line_held               = false; // XBoard analysis: the line that ended it is in input_line
+    bool answer_held             = false;
+    bool ponder_until_hit        = false;
+    TimeAllotment limits_at_ponderhit{};
+};
+static RunningSearch running;
 
-static void request_stop() {
-    stop_wanted = true;
+// The first reason given is the one reported.
+static void request_stop(SearchEnd why) {
+    if (!running.stop_wanted) running.stop_reason = why;
+    running.stop_wanted = true;
 }
 
 // The answer to "." during analysis: time, nodes, depth, moves left to search at the root, and
@@ -67,41 +81,36 @@ static void analysis_input(SearchThread& game) {
     } else if (std::strcmp(input_line, "bk") == 0) {
         print_book_listing(game);
     } else {
-        protocol.held_line = 1;
-        request_stop();
+        running.line_held = true;
+        request_stop(SearchEnd::input);
     }
 }
 
 static void input_check(SearchThread& game) {
-    if (protocol.xboard_mode.load(std::memory_order_relaxed)) {
+    const SearchRequest& rq = *running.request;
+    if (rq.dialect == Dialect::xboard) {
         if (!protocol.input_ready.load(std::memory_order_relaxed)) return;
         protocol.input_ready.store(0, std::memory_order_relaxed);
         // The watcher may have seen a line that the command loop read just before this search
         // began; only input still waiting (or the end of it) counts.
         if (!input_pending()) return;
         // Outside analysis the line stays unread: the command loop takes it after the move.
-        if (protocol.analyze_mode)
+        if (rq.analysis)
             analysis_input(game);
         else
-            request_stop();
-    } else if (protocol.analyze_mode && !protocol.uci_mode.load(std::memory_order_relaxed)) {
+            request_stop(SearchEnd::input);
+    } else if (rq.dialect == Dialect::console && rq.analysis) {
         if (key_waiting()) {
             const int c = read_key();
             std::printf("#interupt abort kbhit %c\n", c);
-            request_stop();
+            request_stop(SearchEnd::input);
         } else if (!input_is_console() && input_pending()) {
             // Console lines through a pipe have no keyboard behind them: a waiting line (or the
             // end of the input) ends the analysis instead and is left for the loop to read.
-            request_stop();
+            request_stop(SearchEnd::input);
         }
     }
 }
-
-// The UCI search in progress: its answer waits for "stop" or "ponderhit" (go infinite, go ponder);
-// a ponder search gets its clock limits at the ponderhit.
-static bool answer_held      = false;
-static bool ponder_until_hit = false;
-static TimeAllotment limits_at_ponderhit;
 
 static void stop_now() {
     std::lock_guard<std::mutex> hold(sc.search_lock);
@@ -116,27 +125,27 @@ static void uci_search_input() {
     while (uci_input_take(words, 4, "go", line)) {
         auto is = [&](const char* word) { return line.compare(0, std::strlen(word), word) == 0; };
         if (is("stop")) {
-            answer_held = ponder_until_hit = false;
-            request_stop();
+            running.answer_held = running.ponder_until_hit = false;
+            request_stop(SearchEnd::stop);
         } else if (is("ponderhit")) {
-            if (!ponder_until_hit) continue;
-            ponder_until_hit = false;
-            apply_limits(limits_at_ponderhit, get_ms());
-            answer_held = clock_inputs.go_infinite;
+            if (!running.ponder_until_hit) continue;
+            running.ponder_until_hit = false;
+            apply_limits(running.limits_at_ponderhit, get_ms());
+            running.answer_held = running.request->go_infinite;
         } else if (is("isready")) {
             std::printf("readyok\n");
         } else {
-            protocol.uci_quit = true;
-            answer_held       = false;
-            request_stop();
+            protocol.uci_quit   = true;
+            running.answer_held = false;
+            request_stop(SearchEnd::stop);
         }
     }
     // The input has ended: the GUI has gone, and the search ends as at "stop" and "quit". Commands
     // piped in ahead of the end with further searches among them are carried out first.
     if (!protocol.uci_quit && uci_input_ended("go")) {
-        protocol.uci_quit = true;
-        answer_held = ponder_until_hit = false;
-        request_stop();
+        protocol.uci_quit   = true;
+        running.answer_held = running.ponder_until_hit = false;
+        request_stop(SearchEnd::stop);
     }
 }
 
@@ -172,86 +181,115 @@ static void print_bestmove(const SearchThread& game) {
 
 // The answer in the dialect's form: UCI gets the final info line and "bestmove"; the others get
 // "move" unless the search was a ponder search or an analysis.
-static void print_result(const SearchThread& game) {
+static void print_result(const SearchThread& game, const SearchRequest& rq) {
     const Move best = sc.pv_table[0][0];
-    if (protocol.uci_mode.load(std::memory_order_relaxed)) {
+    if (rq.dialect == Dialect::uci) {
         print_info();
         print_bestmove(game);
-    } else if (!protocol.pondering && !protocol.analyze_mode) {
+    } else if (!rq.pondering && !rq.analysis) {
         std::printf("move %s\n", xboard_move_text(*game.pos, best));
     }
 }
 
 // Whether this search is the engine's own move on a running clock.
-static bool timed_move() {
-    return clock_inputs.depth_limit <= 0 && clock_inputs.move_time <= 0 &&
-           (clock_inputs.time_left > 0 || clock_inputs.increment > 0) && !protocol.pondering &&
-           !protocol.analyze_mode && !clock_inputs.go_ponder && !clock_inputs.go_infinite;
+static bool timed_move(const SearchRequest& rq) {
+    return rq.depth_limit <= 0 && rq.move_time <= 0 && (rq.time_left > 0 || rq.increment > 0) &&
+           !rq.pondering && !rq.analysis && !rq.go_ponder && !rq.go_infinite;
 }
 
 // UCI: a search with no time limit at all, until its depth, nodes or mate are reached or "stop"
 // (or "ponderhit") arrives; "go nodes" and "go mate" without a clock or move time are such too.
-static bool open_ended() {
-    const bool clock = clock_inputs.move_time > 0 || clock_inputs.time_left > 0 || clock_inputs.increment > 0;
-    return clock_inputs.go_infinite || clock_inputs.go_ponder ||
-           ((clock_inputs.go_nodes > 0 || clock_inputs.go_mate > 0) && !clock);
+static bool open_ended(const SearchRequest& rq) {
+    const bool clock = rq.move_time > 0 || rq.time_left > 0 || rq.increment > 0;
+    return rq.go_infinite || rq.go_ponder || ((rq.go_nodes > 0 || rq.go_mate > 0) && !clock);
 }
 
-// What the search is for, as the driver's state says it: analysis, pondering, the dialect of its
-// progress lines.
-static void set_search_kind() {
-    const bool xboard = protocol.xboard_mode.load(std::memory_order_relaxed);
-    sc.analysis       = protocol.analyze_mode != 0;
-    sc.show_root      = xboard && protocol.analyze_mode;
-    sc.pondering      = protocol.pondering != 0;
-    sc.uci_output     = protocol.uci_mode.load(std::memory_order_relaxed) != 0;
-    sc.xboard_output  = xboard;
-    // Without "post" no thinking line reaches the depth from which they are shown.
-    sc.display_depth = protocol.post ? protocol.display_depth : MAX_DEPTH + 1;
-}
-
-// What UCI's "go" asked beyond the clock: the root moves, lines, node and mate limits. Every other
-// dialect searches every move, one line, without either limit.
-static void set_uci_limits() {
-    sc.root_move_count = clock_inputs.go_move_count;
-    std::copy(clock_inputs.go_moves, clock_inputs.go_moves + clock_inputs.go_move_count, sc.root_moves);
-    sc.multipv     = protocol.uci_mode.load(std::memory_order_relaxed) ? protocol.multipv : 1;
+// What the search is for: analysis, pondering, the dialect of its progress lines; and what UCI's
+// "go" asked beyond the clock: the root moves, lines, node and mate limits. Every other dialect
+// searches every move, one line, without either limit.
+static void set_search_kind(const SearchRequest& rq) {
+    const bool uci     = rq.dialect == Dialect::uci;
+    sc.analysis        = rq.analysis;
+    sc.show_root       = rq.dialect == Dialect::xboard && rq.analysis;
+    sc.pondering       = rq.pondering;
+    sc.uci_output      = uci;
+    sc.xboard_output   = rq.dialect == Dialect::xboard;
+    sc.display_depth   = rq.display_depth;
+    sc.root_move_count = uci ? rq.move_count : 0;
+    if (sc.root_move_count > 0) std::copy(rq.moves, rq.moves + rq.move_count, sc.root_moves);
+    sc.multipv     = uci ? rq.multipv : 1;
     sc.extra_lines = 0;
-    sc.mate_limit  = clock_inputs.go_mate;
-    sc.node_limit  = clock_inputs.go_nodes > 0
-                         ? std::max<uint64_t>(static_cast<uint64_t>(clock_inputs.go_nodes) / thread_count(), 1)
+    sc.mate_limit  = rq.go_mate;
+    sc.node_limit  = rq.go_nodes > 0
+                         ? std::max<uint64_t>(static_cast<uint64_t>(rq.go_nodes) / thread_count(), 1)
                          : UINT64_MAX;
 }
 
-void think(SearchThread& game) {
-    const bool uci   = protocol.uci_mode.load(std::memory_order_relaxed);
-    const bool timed = timed_move();
-    if (timed) measure_lag(clock_inputs.time_left, clock_inputs.increment);
+SearchRequest search_request(bool pondering) {
+    SearchRequest rq;
+    rq.dialect   = protocol.uci_mode.load(std::memory_order_relaxed)      ? Dialect::uci
+                   : protocol.xboard_mode.load(std::memory_order_relaxed) ? Dialect::xboard
+                                                                          : Dialect::console;
+    rq.analysis  = protocol.analyze_mode != 0;
+    rq.pondering = pondering;
+    // Without "post" no thinking line reaches the depth from which they are shown.
+    rq.display_depth = protocol.post ? protocol.display_depth : MAX_DEPTH + 1;
+    rq.depth_limit   = clock_inputs.depth_limit;
+    rq.move_time     = clock_inputs.move_time;
+    rq.time_left     = clock_inputs.time_left;
+    rq.increment     = clock_inputs.increment;
+    rq.moves_to_go   = clock_inputs.moves_to_go;
+    rq.overhead      = protocol.move_overhead;
+    rq.go_infinite   = clock_inputs.go_infinite;
+    rq.go_ponder     = clock_inputs.go_ponder;
+    rq.go_nodes      = clock_inputs.go_nodes;
+    rq.go_mate       = clock_inputs.go_mate;
+    rq.move_count    = clock_inputs.go_move_count;
+    rq.moves         = clock_inputs.go_moves;
+    rq.multipv       = protocol.multipv;
+    return rq;
+}
+
+void show_unsearched_answer(Move m, int64_t start, bool as_depth_zero) {
+    sc.pv_table[0][0] = m;
+    sc.pv_table[0][1] = 0;
+    sc.search_start   = start;
+    sc.xboard_output  = protocol.xboard_mode != 0;
+    if (as_depth_zero) sc.best_depth.store(0, std::memory_order_relaxed);
+    for (int i = 0; i < thread_count(); ++i)
+        set_thread_nodes(search_record(i), 0);
+}
+
+SearchOutcome think(SearchThread& game, const SearchRequest& rq) {
+    const bool uci   = rq.dialect == Dialect::uci;
+    const bool timed = timed_move(rq);
+    if (timed) measure_lag(rq.time_left, rq.increment);
+    reset_search_state();
+    running         = RunningSearch{};
+    running.request = &rq;
     // An analysis runs until it is told to end: a time per move set for games does not apply.
-    const int move_time = protocol.analyze_mode ? 0 : clock_inputs.move_time;
-    TimeAllotment ta =
-        compute_limits(clock_inputs.depth_limit, move_time, clock_inputs.time_left, clock_inputs.increment,
-                       clock_inputs.moves_to_go, protocol.move_overhead, clock_inputs.measured.lag);
-    answer_held           = uci && (clock_inputs.go_infinite || clock_inputs.go_ponder);
-    ponder_until_hit      = uci && clock_inputs.go_ponder;
-    limits_at_ponderhit   = ta;
-    const int depth_asked = clock_inputs.depth_limit > 0 ? ta.max_depth : MAX_DEPTH;
-    if (uci && open_ended()) {
+    const int move_time = rq.analysis ? 0 : rq.move_time;
+    TimeAllotment ta = compute_limits(rq.depth_limit, move_time, rq.time_left, rq.increment, rq.moves_to_go,
+                                      rq.overhead, clock_inputs.measured.lag);
+    running.answer_held         = uci && (rq.go_infinite || rq.go_ponder);
+    running.ponder_until_hit    = uci && rq.go_ponder;
+    running.limits_at_ponderhit = ta;
+    const int depth_asked       = rq.depth_limit > 0 ? ta.max_depth : MAX_DEPTH;
+    if (uci && open_ended(rq)) {
         ta.hard_limit      = NO_HARD_LIMIT;
         ta.max_depth       = depth_asked;
         ta.set_time_limits = true;
         std::fill(std::begin(ta.time_limits), std::end(ta.time_limits), 0);
     }
     // A ponder search runs until the opponent's move arrives, whatever the clock.
-    if (protocol.pondering) {
+    if (rq.pondering) {
         ta.limit_depth = MAX_DEPTH + 1;
         ta.max_depth   = depth_asked;
     }
     sc.max_depth    = ta.max_depth;
     sc.search_start = get_ms();
     apply_limits(ta, sc.search_start);
-    set_search_kind();
-    set_uci_limits();
+    set_search_kind(rq);
     tb_prepare_search(game);
     pst_init(*game.pos);
     Move fallback       = 0;
@@ -269,11 +307,9 @@ void think(SearchThread& game) {
             set_thread_nodes(search_record(i), 0);
             search_record(i).seldepth = 0;
         }
-        if (!protocol.xboard_mode.load(std::memory_order_relaxed) || !protocol.analyze_mode)
-            sc.stop.store(1, std::memory_order_relaxed);
+        if (rq.dialect != Dialect::xboard || !rq.analysis) sc.stop.store(1, std::memory_order_relaxed);
     }
 
-    stop_wanted = false;
     while (!sc.stop.load(std::memory_order_relaxed)) {
         {
             std::lock_guard<std::mutex> hold(sc.search_lock);
@@ -281,20 +317,21 @@ void think(SearchThread& game) {
             if (sc.elapsed >= static_cast<double>(sc.hard_limit) &&
                 sc.best_depth.load(std::memory_order_relaxed) >=
                     sc.limit_depth.load(std::memory_order_relaxed))
-                stop_wanted = true;
+                request_stop(SearchEnd::clock);
         }
         if (uci)
             uci_search_input();
         else
             input_check(game);
-        if (stop_wanted && (!searched || sc.completed_depth.load(std::memory_order_relaxed) >= 1)) stop_now();
+        if (running.stop_wanted && (!searched || sc.completed_depth.load(std::memory_order_relaxed) >= 1))
+            stop_now();
         sleep_ms(POLL_MS);
     }
     join_search();
     // A search of "go infinite" or "go ponder" that ended by itself still answers only when told.
-    while (answer_held) {
+    while (running.answer_held) {
         uci_search_input();
-        if (answer_held) sleep_ms(POLL_MS);
+        if (running.answer_held) sleep_ms(POLL_MS);
     }
     // A search stopped before its first iteration had a best move answers the fallback, and the
     // game plays it: any legal move beats none.
@@ -302,8 +339,15 @@ void think(SearchThread& game) {
         sc.pv_table[0][0] = fallback;
         sc.pv_table[0][1] = 0;
     }
-    print_result(game);
+    print_result(game, rq);
     if (timed)
-        note_timed_move(clock_inputs.time_left, clock_inputs.moves_to_go,
-                        static_cast<int32_t>(get_ms() - sc.search_start));
+        note_timed_move(rq.time_left, rq.moves_to_go, static_cast<int32_t>(get_ms() - sc.search_start));
+    SearchOutcome outcome;
+    outcome.end             = running.stop_wanted ? running.stop_reason : SearchEnd::depth;
+    outcome.best            = sc.pv_table[0][0];
+    outcome.completed_depth = sc.completed_depth.load(std::memory_order_relaxed);
+    outcome.line_held       = running.line_held;
+    outcome.exhausted       = outcome.end == SearchEnd::depth && outcome.completed_depth >= MAX_DEPTH;
+    running.request         = nullptr;
+    return outcome;
 }

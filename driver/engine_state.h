@@ -28,7 +28,11 @@ struct ProtocolFlags {
     int searching    = 0;
     int pondering    = 0;
     std::atomic<int> input_ready{0};
-    int held_line = 0; // input_line holds a line that ended an analysis and is still to be dispatched
+    // The last analysis completed the deepest iteration: the next line dispatched only notes that.
+    bool analysis_exhausted = false;
+    // A ponder search may start: set by each regeneration of the legal moves, cleared when a
+    // search ends and by "exit" and "?", so that one search is pondered at most once.
+    bool ponder_ready = true;
     std::atomic<int> watcher_quit{0};
     // Thinking lines: on for a person at the console, off from "xboard" on until the GUI sends "post".
     int post          = 1;

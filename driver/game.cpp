@@ -72,27 +72,18 @@ LoopStep received_move(SearchThread& game, const char* line) {
     return engine_thinks(game);
 }
 
-// The move the driver answers with when no search chose it (book move, single reply).
-static void set_best_move(Move m) {
-    sc.pv_table[0][0] = m;
-    sc.pv_table[0][1] = 0;
-    sc.search_start   = think_start;
-    sc.xboard_output  = protocol.xboard_mode != 0;
-    for (int i = 0; i < thread_count(); ++i)
-        set_thread_nodes(search_record(i), 0);
-}
-
-static LoopStep after_move(SearchThread& game) {
+// After the engine's answer (searched or not). line_held: an XBoard analysis was ended by a line
+// that waits in input_line.
+static LoopStep after_move(SearchThread& game, Move best, bool line_held) {
     protocol.searching = 0;
     if (game_history.game_over) {
         std::puts("tellics kibitz Good Game!");
         // A line that ended an analysis of the finished game is still to be carried out.
-        return protocol.held_line ? LoopStep::redispatch : LoopStep::read;
+        return line_held ? LoopStep::redispatch : LoopStep::read;
     }
     // Counted before the move is played into the game, which makes a move of its own.
     const uint64_t nodes = nodes_searched.load(std::memory_order_relaxed);
     if (!protocol.analyze_mode) {
-        const Move best = sc.pv_table[0][0];
         if ((best & SQUARE_BITS) != 0 && !record_move(game, best)) return LoopStep::quit;
     }
     double elapsed = static_cast<double>(get_ms() - think_start) / 1000.0;
@@ -103,78 +94,73 @@ static LoopStep after_move(SearchThread& game) {
                     static_cast<int>(static_cast<double>(nodes) / elapsed));
     }
     if (!protocol.analyze_mode) return LoopStep::regenerate;
-    // The line that ended the analysis waits in the shared buffer. An analysis that ran to its
-    // depth limit of 99 goes there too, where the loop's reset rule takes it; one that ended at a
+    // The line that ended the analysis waits in the shared buffer. An analysis that completed the
+    // deepest iteration goes there too, where the loop's reset rule takes it; one that ended at a
     // lower limit ("sd" during analysis) left nothing new, and the line it would find has been
     // handled already: dispatching it again would restart the same analysis for ever.
-    if (protocol.xboard_mode) {
-        if (protocol.held_line || sc.best_depth.load(std::memory_order_relaxed) > MAX_DEPTH - 1)
-            return LoopStep::redispatch;
-        return LoopStep::read;
-    }
+    if (protocol.xboard_mode)
+        return line_held || protocol.analysis_exhausted ? LoopStep::redispatch : LoopStep::read;
     protocol.analyze_mode    = 0;
     clock_inputs.depth_limit = clock_inputs.depth_before_analysis;
     return LoopStep::read;
 }
 
+// A search for the engine's move or an analysis.
+static LoopStep search_and_answer(SearchThread& game) {
+    protocol.force_mode = 0;
+    protocol.searching  = 1;
+    if (!protocol.xboard_mode) std::puts("depth score time nodes pv");
+    const SearchOutcome outcome = think(game, search_request(false));
+    protocol.ponder_ready       = false;
+    protocol.analysis_exhausted = protocol.analyze_mode && outcome.exhausted;
+    return after_move(game, outcome.best, outcome.line_held);
+}
+
 LoopStep engine_thinks(SearchThread& game) {
     think_start = get_ms();
     nodes_searched.store(0, std::memory_order_relaxed);
-    const int display_depth = protocol.display_depth;
-    protocol.display_depth  = 0;
+    protocol.analysis_exhausted = false;
 
     if (!position_playable(*game.pos) && !protocol.analyze_mode) {
         // Nothing to search: answered as a position without a legal move. An analysis goes on to
         // think, which waits there for the line that ends it.
-        set_best_move(0);
-        protocol.display_depth = display_depth;
-        if (!protocol.analyze_mode && !protocol.pondering) std::printf("move %s\n", move_text(0));
-        return after_move(game);
+        show_unsearched_answer(0, think_start, false);
+        if (!protocol.pondering) std::printf("move %s\n", move_text(0));
+        return after_move(game, 0, false);
     }
     if (book_settings.mode) {
         const Move m = book_probe(game);
         // In analysis a book move is only listed (by the probe) and the position is searched.
         if (m != 0 && !protocol.analyze_mode) {
             std::printf("move %s\n", xboard_move_text(*game.pos, m));
-            set_best_move(m);
-            if (protocol.post && sc.best_depth.load(std::memory_order_relaxed) >= protocol.display_depth)
-                print_thinking();
-            protocol.display_depth = display_depth;
-            return after_move(game);
+            show_unsearched_answer(m, think_start, false);
+            if (protocol.post) print_thinking();
+            return after_move(game, m, false);
         }
     }
     if (game_history.single_reply != 0 && !protocol.analyze_mode && !protocol.pondering) {
-        set_best_move(game_history.single_reply);
-        sc.best_depth.store(0, std::memory_order_relaxed);
+        show_unsearched_answer(game_history.single_reply, think_start, true);
         if (protocol.post) print_thinking();
-        protocol.display_depth = display_depth;
         std::printf("move %s\n", xboard_move_text(*game.pos, game_history.single_reply));
-        return after_move(game);
+        return after_move(game, game_history.single_reply, false);
     }
-    protocol.force_mode = 0;
-    reset_search_state();
-    protocol.searching     = 1;
-    protocol.display_depth = display_depth;
-    if (!protocol.xboard_mode) std::puts("depth score time nodes pv");
-    think(game);
-    return after_move(game);
+    return search_and_answer(game);
 }
 
 bool ponder_check(SearchThread& game, int last_result) {
     if (last_result == CMD_POSITION || game_history.ply <= 1) return false;
-    if (!protocol.ponder || protocol.force_mode || game_history.game_over ||
-        sc.stop.load(std::memory_order_relaxed))
+    if (!protocol.ponder || protocol.force_mode || game_history.game_over || !protocol.ponder_ready)
         return false;
     if (!protocol.xboard_mode) std::puts("#pondering ...");
     const int post     = protocol.post;
     protocol.searching = 1;
     protocol.pondering = 1;
-    think(game);
+    think(game, search_request(true));
     protocol.pondering = 0;
     protocol.searching = 0;
     protocol.post      = post;
     if (!protocol.xboard_mode) std::puts("#ponder complete");
-    // Nothing starts another ponder search before the next regeneration clears this.
-    sc.stop.store(1, std::memory_order_relaxed);
+    // Nothing starts another ponder search before the next regeneration.
+    protocol.ponder_ready = false;
     return true;
 }

@@ -53,14 +53,14 @@ void no_legal_move() {
     game_history.single_reply = 0;
 }
 
-void generate_legal_moves(SearchThread& game, bool clear_stop) {
+void generate_legal_moves(SearchThread& game, bool regeneration) {
     Move only             = 0;
     const uint32_t passed = fill_legal_moves(*game.pos, only);
     if (passed == 0)
         no_legal_move();
     else
         game_history.single_reply = passed == 1 ? only : 0;
-    if (clear_stop) sc.stop.store(0, std::memory_order_relaxed);
+    if (regeneration) protocol.ponder_ready = true;
 }
 
 Move find_legal_move(Move word) {

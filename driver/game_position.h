@@ -15,8 +15,8 @@ uint32_t fill_legal_moves(const Position& p, Move& only);
 // The game has ended: no legal moves, no single reply.
 void no_legal_move();
 // Fills the legal moves of the game position; sets game_over when nothing legal remains, and
-// single_reply.
-void generate_legal_moves(SearchThread& game, bool clear_stop);
+// single_reply. regeneration: the loop's own step, after which a ponder search may start again.
+void generate_legal_moves(SearchThread& game, bool regeneration);
 // The legal move of the game position with these from, to and promotion bits, or 0.
 Move find_legal_move(Move word);
 // The text of the engine's move m in the game position p for a "move" line: castling in a Chess960

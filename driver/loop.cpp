@@ -119,13 +119,12 @@ static bool line_is(const char* text) {
 
 LoopStep dispatch_line(SearchThread& game, int& last) {
     protocol.input_ready = 0;
-    protocol.held_line   = 0;
     last                 = parse_command(game);
 
     if (protocol.analyze_mode) {
         // The last analysis ran to the end of its depth: this line only resets that.
-        if (sc.best_depth.load(std::memory_order_relaxed) > MAX_DEPTH - 1) {
-            sc.best_depth.store(0, std::memory_order_relaxed);
+        if (protocol.analysis_exhausted) {
+            protocol.analysis_exhausted = false;
             return LoopStep::regenerate;
         }
         generate_legal_moves(game, false);

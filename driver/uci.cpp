@@ -94,7 +94,6 @@ static int32_t clamped(int64_t v) {
 
 void parse_go(SearchThread& game, const char* text) {
     clock_inputs.clear_request();
-    reset_search_state();
     const bool white = game.pos->side == WHITE;
     const char* p    = text;
     // After "searchmoves", every token that is a legal move joins the list; the first that is not
@@ -164,7 +163,7 @@ bool uci_command(SearchThread& game, const char* line) {
         play_move_list(game, cursor);
     } else if (match_prefix(&cursor, "go")) {
         parse_go(game, cursor);
-        think(game);
+        think(game, search_request(false));
         return !protocol.uci_quit;
     } else if (match_prefix(&cursor, "setoption name Hash value")) {
         const int mb = std::atoi(cursor);

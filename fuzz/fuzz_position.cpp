@@ -56,8 +56,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     command("eval");
     command("list");
     command("savepos");
-    clock_inputs.depth_limit = HARNESS_DEPTH;
-    think(game);
+    SearchRequest request;
+    request.depth_limit = HARNESS_DEPTH;
+    think(game, request);
     if (!(snapshot(game) == before)) finding("looking at the position changed it");
 
     command("flip");

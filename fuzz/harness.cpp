@@ -50,6 +50,7 @@ void harness_reset() {
     else if (searched)
         hash_clear();
     reset_search_state();
+    nodes_searched.store(0, std::memory_order_relaxed);
     // The start position with its key history begun, as a new game has it.
     setboard(*game, START_FEN);
     generate_legal_moves(*game, true);

@@ -106,7 +106,6 @@ void stop_search_locked() {
 }
 
 void reset_search_state() {
-    nodes_searched.store(0, std::memory_order_relaxed);
     sc.stop.store(0, std::memory_order_relaxed);
     sc.max_depth    = 0;
     sc.search_start = 0;

@@ -68,7 +68,7 @@ uint64_t searches_started();
 // Joins the threads in order 0..n-1.
 void join_search();
 // Every value one search leaves behind (stop, limits, soft-limit slot, best depth and score, the
-// root move shown, the game's node count), cleared before the next one begins.
+// root move shown), cleared before the next one begins.
 void reset_search_state();
 // Thread 0's end of deepening: sets stop under search_lock.
 void stop_search_locked();
