@@ -78,11 +78,11 @@ static constexpr Table<uint64_t[64][64]> make_between() {
 static constexpr Table<uint32_t[64]> make_castle_mask() {
     Table<uint32_t[64]> t{};
     for (uint32_t& m : t.at)
-        m = 15;
-    t.at[A1] = 14;
-    t.at[H1] = 13;
-    t.at[A8] = 11;
-    t.at[H8] = 7;
+        m = CASTLE_ALL;
+    t.at[A1] = CASTLE_ALL & ~CASTLE_WQ;
+    t.at[H1] = CASTLE_ALL & ~CASTLE_WK;
+    t.at[A8] = CASTLE_ALL & ~CASTLE_BQ;
+    t.at[H8] = CASTLE_ALL & ~CASTLE_BK;
     return t;
 }
 

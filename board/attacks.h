@@ -59,8 +59,8 @@ inline constexpr std::array<std::array<uint64_t, 64>, 2> pawn_attacks = {make_le
                                                                          make_leaper(black_pawn_steps)};
 inline constexpr std::array<uint64_t, 64> bishop_empty                = make_rays(bishop_steps);
 inline constexpr std::array<uint64_t, 64> rook_empty                  = make_rays(rook_steps);
-// cflag mask applied when the king of a colour moves: white's clears bits 1 and 2, black's 4 and 8.
-inline constexpr uint32_t king_castle_mask[2] = {0xFFFFFFFCu, 0xFFFFFFF3u};
+// cflag mask applied when the king of a colour moves: it clears both of that colour's rights.
+inline constexpr uint32_t king_castle_mask[2] = {~uint32_t{CASTLE_WHITE}, ~uint32_t{CASTLE_BLACK}};
 
 // Computed at compile time in attacks.cpp. pseudo_attacks by piece code: the empty-board attacks.
 extern const Table<uint64_t[16][64]> pseudo_attacks_table;

@@ -8,10 +8,6 @@
 
 #include "board/types.h"
 
-// cflag bit of a right: 1 << castle_index (Q 1, K 2, q 4, k 8).
-constexpr int castle_index(int colour, bool king_side) {
-    return 2 * colour + (king_side ? 1 : 0);
-}
 inline constexpr uint8_t standard_castle_rook[4] = {A1, H1, A8, H8};
 
 constexpr int castle_king_to(int colour, bool king_side) {

@@ -1,5 +1,7 @@
 #include "board/makemove.h"
 
+#include <cassert>
+
 #include "board/attacks.h"
 #include "board/castling.h"
 #include "board/keys.h"
@@ -197,10 +199,35 @@ template <bool Chess960> static Position* make_move_in(PositionStack& t, Move m)
     return p;
 }
 
+bool position_ok(const PositionStack& t) {
+    const Position& p  = *t.pos;
+    const uint64_t occ = occupancy(p);
+    if (p.colour_bb[WHITE] & p.colour_bb[BLACK]) return false;
+    if (p.board[p.wking] != piece_code(WHITE, KING) || p.board[p.bking] != piece_code(BLACK, KING))
+        return false;
+    for (int sq = 0; sq < 64; ++sq) {
+        const int code = p.board[sq];
+        if (code == EMPTY) {
+            if (occ & bit(sq)) return false;
+            continue;
+        }
+        const int type = piece_type(code);
+        if (!(p.colour_bb[piece_colour(code)] & bit(sq))) return false;
+        if (type == KING ? sq != (piece_colour(code) == WHITE ? p.wking : p.bking)
+                         : !(p.type_bb[type] & bit(sq)))
+            return false;
+    }
+    Position copy = p;
+    return t.key == full_key(copy) && t.keyhist[t.histidx] == t.key;
+}
+
 Position* make_move(PositionStack& t, Move m) {
-    if (t.pos->chess960) [[unlikely]]
-        return make_move_in<true>(t, m);
-    return make_move_in<false>(t, m);
+    // The move word names a man of the side to move.
+    assert((m & SQUARE_BITS) != 0 && t.pos->board[move_from(m)] != EMPTY &&
+           piece_colour(t.pos->board[move_from(m)]) == t.pos->side);
+    Position* const p = t.pos->chess960 ? make_move_in<true>(t, m) : make_move_in<false>(t, m);
+    assert(position_ok(t));
+    return p;
 }
 
 void commit_move(PositionStack& game, Move m) {
@@ -281,7 +308,21 @@ uint64_t king_danger(const Position& p) {
     return danger;
 }
 
-bool pseudo_legal(const Position& p, Move m) {
+// Standard castling, the king's two-file move from its home square: the right held and the squares
+// between king and rook empty. Whether the king passes an attacked square is legal()'s question;
+// Chess960-form castling is castle960_possible's.
+static bool castling_possible(const Position& p, int from, int to) {
+    const int us = p.side, home = us == WHITE ? E1 : E8;
+    if (from != home || p.chess960) return false;
+    const uint64_t occ = occupancy(p);
+    if (to == home + 2) return (p.cflag & castle_right(us, true)) && !(occ & (bit(home + 1) | bit(home + 2)));
+    if (to == home - 2)
+        return (p.cflag & castle_right(us, false)) &&
+               !(occ & (bit(home - 1) | bit(home - 2) | bit(home - 3)));
+    return false;
+}
+
+bool quiet_pseudo_legal(const Position& p, Move m) {
     const int from = move_from(m), to = move_to(m);
     const int d  = to - from;
     const int us = p.side;
@@ -292,10 +333,7 @@ bool pseudo_legal(const Position& p, Move m) {
     switch (type) {
     case KING:
         if (d != 2 && d != -2) return king_attacks[from] & bit(to);
-        if (!p.cflag || p.chess960 || p.board[(from + to) / 2] != EMPTY) return false;
-        if (d > 0) return p.cflag & (us == WHITE ? 2 : 8);
-        if (to == 0 || p.board[to - 1] != EMPTY) return false;
-        return p.cflag & (us == WHITE ? 1 : 4);
+        return castling_possible(p, from, to);
     case KNIGHT:
         return knight_attacks[from] & bit(to);
     case BISHOP:
@@ -314,7 +352,7 @@ bool pseudo_legal(const Position& p, Move m) {
     return false;
 }
 
-bool move_is_pseudo_legal(const Position& p, Move m) {
+bool stored_move_pseudo_legal(const Position& p, Move m) {
     const int from = move_from(m), to = move_to(m);
     const int promo = move_promo(m);
     const int us = p.side, them = us ^ 1;
@@ -334,14 +372,7 @@ bool move_is_pseudo_legal(const Position& p, Move m) {
             return !(king_attacks[king_square(p, them)] & to_bit) &&
                    !(pawn_attacks[us][to] & pieces(p, them, PAWN));
         }
-        const int home = us == WHITE ? E1 : E8;
-        if (from != home || target != EMPTY || p.chess960) return false;
-        if (to == home + 2)
-            return (p.cflag & (us == WHITE ? 2 : 8)) && !(occ & (bit(home + 1) | bit(home + 2)));
-        if (to == home - 2)
-            return (p.cflag & (us == WHITE ? 1 : 4)) &&
-                   !(occ & (bit(home - 1) | bit(home - 2) | bit(home - 3)));
-        return false;
+        return target == EMPTY && castling_possible(p, from, to);
     }
     case KNIGHT:
         return knight_attacks[from] & to_bit;

@@ -19,7 +19,11 @@ inline void add_nodes_searched(uint64_t n) {
     nodes_searched.fetch_add(n, std::memory_order_relaxed);
 }
 
+// Checked after every move in the builds with assertions (Debug, sanitizers, fuzzing).
 Position* make_move(PositionStack& t, Move m);
+// The stack's current position agrees with itself: board and bitboards, king squares, and the key
+// (also in the key history).
+bool position_ok(const PositionStack& t);
 // The key make_move will give the position after m, found before the move is made so that its
 // table entry can be on its way while legality is tested and the move made. Castling's rook, an
 // en passant pawn, a promotion and a new en passant square are left out: for those few moves the
@@ -54,8 +58,10 @@ inline bool legal(const Position& p, Move m) {
 // The squares the side not to move attacks with the mover's king lifted off the board: a king
 // step (not castling) passes legal() exactly when its destination is not among them.
 uint64_t king_danger(const Position& p);
-// Quiet, non-promoting moves only (killers and counter moves).
-bool pseudo_legal(const Position& p, Move m);
-// Full test for a stored move word (a hash move): captures, promotions, en passant and castling
-// included; true when the move could have been generated in this position.
-bool move_is_pseudo_legal(const Position& p, Move m);
+// The two tests of a move remembered from another position, both with the same castling rule:
+// a quiet, non-promoting move (a killer or counter move) that could be played here, the king's
+// steps taken as the attack table gives them;
+bool quiet_pseudo_legal(const Position& p, Move m);
+// any stored move word (a hash move), captures, promotions, en passant and castling included, that
+// the generators could have made here.
+bool stored_move_pseudo_legal(const Position& p, Move m);

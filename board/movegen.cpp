@@ -85,11 +85,11 @@ template <int Us>
         return;
     }
     if (Us == WHITE) {
-        if ((p.cflag & 2) && !(occ & (bit(F1) | bit(G1)))) out.add(E1, G1);
-        if ((p.cflag & 1) && !(occ & (bit(B1) | bit(C1) | bit(D1)))) out.add(E1, C1);
+        if ((p.cflag & CASTLE_WK) && !(occ & (bit(F1) | bit(G1)))) out.add(E1, G1);
+        if ((p.cflag & CASTLE_WQ) && !(occ & (bit(B1) | bit(C1) | bit(D1)))) out.add(E1, C1);
     } else {
-        if ((p.cflag & 8) && !(occ & (bit(F8) | bit(G8)))) out.add(E8, G8);
-        if ((p.cflag & 4) && !(occ & (bit(B8) | bit(C8) | bit(D8)))) out.add(E8, C8);
+        if ((p.cflag & CASTLE_BK) && !(occ & (bit(F8) | bit(G8)))) out.add(E8, G8);
+        if ((p.cflag & CASTLE_BQ) && !(occ & (bit(B8) | bit(C8) | bit(D8)))) out.add(E8, C8);
     }
 }
 

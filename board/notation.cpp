@@ -71,12 +71,12 @@ Move text_to_castle(const Position& p, const char* s) {
         if (from != k || move_promo(w) || std::strlen(s) < 4) return 0;
         for (const bool king_side : {true, false}) {
             const int i = castle_index(us, king_side);
-            if (!(p.cflag & (1 << i))) continue;
+            if (!(p.cflag & castle_right(us, king_side))) continue;
             if (to == p.castle_rook[i] || (p.chess960 && to == castle_king_to(us, king_side)))
                 wing = king_side;
         }
     }
-    if (wing < 0 || !(p.cflag & (1 << castle_index(us, wing == 1)))) return 0;
+    if (wing < 0 || !(p.cflag & castle_right(us, wing == 1))) return 0;
     const int r = p.castle_rook[castle_index(us, wing == 1)];
     return make_move_word(k, p.chess960 ? r : castle_king_to(us, wing == 1));
 }

@@ -206,7 +206,7 @@ template <int Us> static void count_leaves_bulk(const Position& p, const PieceSe
     constexpr int ASK_ONE_BY_ONE = 3;
     const uint64_t steps         = king_attacks[k] & to_ok;
     constexpr int HOME           = Us == WHITE ? E1 : E8;
-    constexpr int SHORT = Us == WHITE ? 2 : 8, LONG = Us == WHITE ? 1 : 4;
+    constexpr int SHORT = castle_right(Us, true), LONG = castle_right(Us, false);
     constexpr int F = HOME + 1, G = HOME + 2, D = HOME - 1, C = HOME - 2, B = HOME - 3;
     const bool short_ok = (p.cflag & SHORT) && !(occ & (bit(F) | bit(G)));
     const bool long_ok  = (p.cflag & LONG) && !(occ & (bit(B) | bit(C) | bit(D)));
@@ -240,8 +240,8 @@ template <int Us> static void count_leaves_bulk(const Position& p, const PieceSe
 // otherwise from the move list. Castling rights are taken at their word only with the king on its
 // home square and the rooks in the corners.
 static void count_last_ply(const Position& p, const PieceSets& s, uint64_t changed) {
-    if (!p.incheck && (!p.chess960 || !p.cflag) && (!(p.cflag & 3) || p.wking == E1) &&
-        (!(p.cflag & 12) || p.bking == E8)) {
+    if (!p.incheck && (!p.chess960 || !p.cflag) && (!(p.cflag & CASTLE_WHITE) || p.wking == E1) &&
+        (!(p.cflag & CASTLE_BLACK) || p.bking == E8)) {
         if (p.side == WHITE)
             count_leaves_bulk<WHITE>(p, s, changed);
         else

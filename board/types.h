@@ -57,6 +57,18 @@ constexpr int MATE = 32767;
 constexpr int phase_weight[6] = {0, 6, 6, 13, 28, 0};
 constexpr int PHASE_TOTAL     = 156;
 
+// Castling rights, the bits of Position::cflag: right i = 2 * colour + (1 on the king's side).
+constexpr int castle_index(int colour, bool king_side) {
+    return 2 * colour + (king_side ? 1 : 0);
+}
+constexpr uint8_t castle_right(int colour, bool king_side) {
+    return static_cast<uint8_t>(1u << castle_index(colour, king_side));
+}
+constexpr uint8_t CASTLE_WQ = castle_right(WHITE, false), CASTLE_WK = castle_right(WHITE, true);
+constexpr uint8_t CASTLE_BQ = castle_right(BLACK, false), CASTLE_BK = castle_right(BLACK, true);
+constexpr uint8_t CASTLE_WHITE = CASTLE_WQ | CASTLE_WK, CASTLE_BLACK = CASTLE_BQ | CASTLE_BK;
+constexpr uint8_t CASTLE_ALL = CASTLE_WHITE | CASTLE_BLACK;
+
 struct Position {
     uint8_t side;    // colour to move
     uint8_t epsq;    // en-passant square, 64 when none (set only when a capture is possible)

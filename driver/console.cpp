@@ -125,7 +125,8 @@ int cmd_flip(SearchThread& game) {
     }
     const uint8_t epsq = inside_ep_ranks(old.epsq) ? static_cast<uint8_t>(old.epsq ^ 56) : old.epsq;
     // Exchange the white and black castling rights.
-    const uint8_t cflag    = static_cast<uint8_t>(((old.cflag * 4) & 12) | (old.cflag >> 2));
+    const uint8_t cflag =
+        static_cast<uint8_t>(((old.cflag & CASTLE_WHITE) << 2) | ((old.cflag & CASTLE_BLACK) >> 2));
     const uint8_t rooks[4] = {
         static_cast<uint8_t>(old.castle_rook[2] ^ 56), static_cast<uint8_t>(old.castle_rook[3] ^ 56),
         static_cast<uint8_t>(old.castle_rook[0] ^ 56), static_cast<uint8_t>(old.castle_rook[1] ^ 56)};

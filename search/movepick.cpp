@@ -149,7 +149,7 @@ static Move pick_best(MovePicker& mp, const SearchThread& t) {
 
 // A killer or counter move to try: present, possible here, and not the hash move again.
 static Move stored_quiet(const MovePicker& mp, const Position& p, Move stored) {
-    if ((stored & SQUARE_BITS) == 0 || !pseudo_legal(p, stored)) return 0;
+    if ((stored & SQUARE_BITS) == 0 || !quiet_pseudo_legal(p, stored)) return 0;
     const Move m = (stored & MOVE_WORD_BITS) | QUIET_MARK;
     return m == mp.hash_move ? 0 : m;
 }
@@ -167,7 +167,7 @@ Move next_move(MovePicker& mp, SearchThread& t) {
         mp.hash_pending = false;
         // A stored word may belong to another position under the same index; only a move that
         // could have been generated here goes on to the legality test.
-        if (move_is_pseudo_legal(p, mp.hash_move)) return mp.hash_move;
+        if (stored_move_pseudo_legal(p, mp.hash_move)) return mp.hash_move;
     }
     for (;;) {
         switch (mp.stage) {

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cassert>
 
 #include "board/keys.h"
 #include "board/makemove.h"
@@ -101,7 +102,7 @@ static bool prune_node(SearchThread& t, int alpha, int beta, int depth, int ply,
     if (depth >= TRIAL_DEPTH) {
         const int rb          = beta + TRIAL_MARGIN;
         const bool hash_first = (hash_move & SQUARE_BITS) && !(hash_move & QUIET_MARK) &&
-                                move_is_pseudo_legal(p, hash_move) && see(p, hash_move) >= 0;
+                                stored_move_pseudo_legal(p, hash_move) && see(p, hash_move) >= 0;
         MovePicker mp;
         picker_init(mp, t, hash_first ? hash_move : 0, PICK_ONE_STAGE, ply);
         // A hash move that did not qualify is a quiet move or a losing capture, which the capture
@@ -248,6 +249,7 @@ int search(SearchThread& t, int pv, int alpha, int beta, int depth, int ply, int
         if (writes_pv) sc.pv_table[ply + 1][0] = 0;
         int r = 0;
         if (searched > 1 && mp.stage == STAGE_QUIETS && depth >= LMR_DEPTH) {
+            assert(depth < LMR_DEPTHS && searched < LMR_MOVES);
             r = lmr_table[depth][searched] + (improving ? 0 : 1);
             if (r != 0) r = r - 1 + (pv ? 0 : 1);
             r -= move_key(m) / LMR_HISTORY_UNIT;

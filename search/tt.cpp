@@ -1,6 +1,7 @@
 #include "search/tt.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
@@ -86,6 +87,8 @@ bool hash_probe(uint64_t key, int ply, HashHit& hit) {
 }
 
 void hash_store(const SearchThread& t, Move move, int score, int eval, int depth, int ply, int bound) {
+    // What the entry's fields can hold: a score within the mates, a depth of one byte.
+    assert(score >= -MATE && score <= MATE && depth >= INT8_MIN && depth <= INT8_MAX);
     HashEntry& e           = hash_table[t.key & hash_mask];
     const uint64_t old     = e.data.load(std::memory_order_relaxed);
     const bool same        = (e.check.load(std::memory_order_relaxed) ^ t.key) == old;
