@@ -58,7 +58,7 @@ inline FixedSearch fixed_depth_search(SearchThread& game, const char* fen, int d
     setboard(game, fen);
     new_game(game);
     SearchRequest request;
-    request.display_depth = MAX_DEPTH + 1;
+    request.display_depth = NO_THINKING_LINES;
     request.depth_limit   = depth;
     const int64_t start   = get_ms();
     think(game, request);

@@ -233,7 +233,7 @@ SearchRequest search_request(bool pondering) {
     rq.analysis  = protocol.analyze_mode != 0;
     rq.pondering = pondering;
     // Without "post" no thinking line reaches the depth from which they are shown.
-    rq.display_depth = protocol.post ? protocol.display_depth : MAX_DEPTH + 1;
+    rq.display_depth = protocol.post ? protocol.display_depth : NO_THINKING_LINES;
     rq.depth_limit   = clock_inputs.depth_limit;
     rq.move_time     = clock_inputs.move_time;
     rq.time_left     = clock_inputs.time_left;
@@ -283,7 +283,7 @@ SearchOutcome think(SearchThread& game, const SearchRequest& rq) {
     }
     // A ponder search runs until the opponent's move arrives, whatever the clock.
     if (rq.pondering) {
-        ta.limit_depth = MAX_DEPTH + 1;
+        ta.limit_depth = NO_TIME_LIMIT_DEPTH;
         ta.max_depth   = depth_asked;
     }
     sc.max_depth    = ta.max_depth;

@@ -10,6 +10,9 @@
 
 enum class Dialect { console, xboard, uci };
 
+// A display depth no search reaches: no XBoard or console thinking line is printed.
+constexpr int NO_THINKING_LINES = MAX_DEPTH + 1;
+
 // What one search is asked for. Built from the driver's state by search_request; think reads
 // nothing else of it but the lag record of the time manager.
 struct SearchRequest {

@@ -9,6 +9,9 @@
 
 // Without a clock limit the hard limit sits far beyond any real search.
 constexpr uint64_t NO_HARD_LIMIT = 1ULL << 30;
+// A depth no iteration reaches: as TimeAllotment::limit_depth, no time limit ever applies (a
+// ponder search, which runs until the opponent's move arrives).
+constexpr int NO_TIME_LIMIT_DEPTH = MAX_DEPTH + 1;
 
 struct TimeAllotment {
     int max_depth;
