@@ -59,7 +59,7 @@ inline FixedSearch fixed_depth_search(SearchThread& game, const char* fen, int d
     new_game(game);
     SearchRequest request;
     request.display_depth = NO_THINKING_LINES;
-    request.depth_limit   = depth;
+    request.clock.depth_limit   = depth;
     const int64_t start   = get_ms();
     think(game, request);
     FixedSearch r{};

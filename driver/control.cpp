@@ -131,7 +131,7 @@ static void uci_search_input() {
             if (!running.ponder_until_hit) continue;
             running.ponder_until_hit = false;
             apply_limits(running.limits_at_ponderhit, get_ms());
-            running.answer_held = running.request->go_infinite;
+            running.answer_held = running.request->clock.go_infinite;
         } else if (is("isready")) {
             std::printf("readyok\n");
         } else {
@@ -193,15 +193,17 @@ static void print_result(const SearchThread& game, const SearchRequest& rq) {
 
 // Whether this search is the engine's own move on a running clock.
 static bool timed_move(const SearchRequest& rq) {
-    return rq.depth_limit <= 0 && rq.move_time <= 0 && (rq.time_left > 0 || rq.increment > 0) &&
-           !rq.pondering && !rq.analysis && !rq.go_ponder && !rq.go_infinite;
+    return rq.clock.depth_limit <= 0 && rq.clock.move_time <= 0 &&
+           (rq.clock.time_left > 0 || rq.clock.increment > 0) && !rq.pondering && !rq.analysis &&
+           !rq.clock.go_ponder && !rq.clock.go_infinite;
 }
 
 // UCI: a search with no time limit at all, until its depth, nodes or mate are reached or "stop"
 // (or "ponderhit") arrives; "go nodes" and "go mate" without a clock or move time are such too.
 static bool open_ended(const SearchRequest& rq) {
-    const bool clock = rq.move_time > 0 || rq.time_left > 0 || rq.increment > 0;
-    return rq.go_infinite || rq.go_ponder || ((rq.go_nodes > 0 || rq.go_mate > 0) && !clock);
+    const bool clock = rq.clock.move_time > 0 || rq.clock.time_left > 0 || rq.clock.increment > 0;
+    return rq.clock.go_infinite || rq.clock.go_ponder ||
+           ((rq.clock.go_nodes > 0 || rq.clock.go_mate > 0) && !clock);
 }
 
 // What the search is for: analysis, pondering, the dialect of its progress lines; and what UCI's
@@ -215,13 +217,14 @@ static void set_search_kind(const SearchRequest& rq) {
     sc.uci_output      = uci;
     sc.xboard_output   = rq.dialect == Dialect::xboard;
     sc.display_depth   = rq.display_depth;
-    sc.root_move_count = uci ? rq.move_count : 0;
-    if (sc.root_move_count > 0) std::copy(rq.moves, rq.moves + rq.move_count, sc.root_moves);
+    sc.root_move_count = uci ? rq.clock.go_move_count : 0;
+    if (sc.root_move_count > 0)
+        std::copy(rq.clock.go_moves, rq.clock.go_moves + rq.clock.go_move_count, sc.root_moves);
     sc.multipv     = uci ? rq.multipv : 1;
     sc.extra_lines = 0;
-    sc.mate_limit  = rq.go_mate;
-    sc.node_limit  = rq.go_nodes > 0
-                         ? std::max<uint64_t>(static_cast<uint64_t>(rq.go_nodes) / thread_count(), 1)
+    sc.mate_limit  = rq.clock.go_mate;
+    sc.node_limit  = rq.clock.go_nodes > 0
+                         ? std::max<uint64_t>(static_cast<uint64_t>(rq.clock.go_nodes) / thread_count(), 1)
                          : UINT64_MAX;
 }
 
@@ -234,18 +237,8 @@ SearchRequest search_request(bool pondering) {
     rq.pondering = pondering;
     // Without "post" no thinking line reaches the depth from which they are shown.
     rq.display_depth = protocol.post ? protocol.display_depth : NO_THINKING_LINES;
-    rq.depth_limit   = clock_inputs.depth_limit;
-    rq.move_time     = clock_inputs.move_time;
-    rq.time_left     = clock_inputs.time_left;
-    rq.increment     = clock_inputs.increment;
-    rq.moves_to_go   = clock_inputs.moves_to_go;
     rq.overhead      = protocol.move_overhead;
-    rq.go_infinite   = clock_inputs.go_infinite;
-    rq.go_ponder     = clock_inputs.go_ponder;
-    rq.go_nodes      = clock_inputs.go_nodes;
-    rq.go_mate       = clock_inputs.go_mate;
-    rq.move_count    = clock_inputs.go_move_count;
-    rq.moves         = clock_inputs.go_moves;
+    rq.clock         = clock_inputs;
     rq.multipv       = protocol.multipv;
     return rq;
 }
@@ -263,18 +256,18 @@ void show_unsearched_answer(Move m, int64_t start, bool as_depth_zero) {
 SearchOutcome think(SearchThread& game, const SearchRequest& rq) {
     const bool uci   = rq.dialect == Dialect::uci;
     const bool timed = timed_move(rq);
-    if (timed) measure_lag(rq.time_left, rq.increment);
+    if (timed) measure_lag(rq.clock.time_left, rq.clock.increment);
     reset_search_state();
     running         = RunningSearch{};
     running.request = &rq;
     // An analysis runs until it is told to end: a time per move set for games does not apply.
-    const int move_time = rq.analysis ? 0 : rq.move_time;
-    TimeAllotment ta = compute_limits(rq.depth_limit, move_time, rq.time_left, rq.increment, rq.moves_to_go,
-                                      rq.overhead, clock_inputs.measured.lag);
-    running.answer_held         = uci && (rq.go_infinite || rq.go_ponder);
-    running.ponder_until_hit    = uci && rq.go_ponder;
+    const int move_time = rq.analysis ? 0 : rq.clock.move_time;
+    TimeAllotment ta = compute_limits(rq.clock.depth_limit, move_time, rq.clock.time_left, rq.clock.increment,
+                                      rq.clock.moves_to_go, rq.overhead, clock_inputs.measured.lag);
+    running.answer_held         = uci && (rq.clock.go_infinite || rq.clock.go_ponder);
+    running.ponder_until_hit    = uci && rq.clock.go_ponder;
     running.limits_at_ponderhit = ta;
-    const int depth_asked       = rq.depth_limit > 0 ? ta.max_depth : MAX_DEPTH;
+    const int depth_asked       = rq.clock.depth_limit > 0 ? ta.max_depth : MAX_DEPTH;
     if (uci && open_ended(rq)) {
         ta.hard_limit      = NO_HARD_LIMIT;
         ta.max_depth       = depth_asked;
@@ -341,7 +334,8 @@ SearchOutcome think(SearchThread& game, const SearchRequest& rq) {
     }
     print_result(game, rq);
     if (timed)
-        note_timed_move(rq.time_left, rq.moves_to_go, static_cast<int32_t>(get_ms() - sc.search_start));
+        note_timed_move(rq.clock.time_left, rq.clock.moves_to_go,
+                        static_cast<int32_t>(get_ms() - sc.search_start));
     SearchOutcome outcome;
     outcome.end             = running.stop_wanted ? running.stop_reason : SearchEnd::depth;
     outcome.best            = sc.pv_table[0][0];

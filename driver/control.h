@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "board/types.h"
+#include "driver/engine_state.h"
 #include "search/thread.h"
 
 enum class Dialect { console, xboard, uci };
@@ -20,16 +21,11 @@ struct SearchRequest {
     bool analysis     = false; // searches until a line ends it (or its depth, "sd" during analysis)
     bool pondering    = false; // the opponent's time: no move is printed, the clock does not end it
     int display_depth = 0;     // least depth of the XBoard and console thinking lines
-    // A depth, a time per move, or the clock (ms) with its moves to the next control.
-    int32_t depth_limit = 0, move_time = 0, time_left = 0, increment = 0, moves_to_go = 0;
-    int32_t overhead = 0; // ms the answer takes to reach the GUI's clock
-    // UCI's go beyond the clock: until "stop" or "ponderhit", node and mate limits, root moves.
-    bool go_infinite = false, go_ponder = false;
-    int64_t go_nodes   = 0;
-    int32_t go_mate    = 0;
-    int32_t move_count = 0;
-    const Move* moves  = nullptr;
-    int32_t multipv    = 1;
+    int32_t overhead  = 0;     // ms the answer takes to reach the GUI's clock
+    // A depth, a time per move, or the clock with its moves to the next control; UCI's go beyond
+    // the clock (until "stop" or "ponderhit", node and mate limits, root moves).
+    ClockInputs clock{};
+    int32_t multipv = 1;
 };
 
 // How a search ended.

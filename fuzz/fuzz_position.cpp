@@ -57,7 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     command("list");
     command("savepos");
     SearchRequest request;
-    request.depth_limit = HARNESS_DEPTH;
+    request.clock.depth_limit = HARNESS_DEPTH;
     think(game, request);
     if (!(snapshot(game) == before)) finding("looking at the position changed it");
 
