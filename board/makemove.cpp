@@ -1,5 +1,6 @@
 #include "board/makemove.h"
 
+#include <algorithm>
 #include <cassert>
 
 #include "board/attacks.h"
@@ -109,7 +110,8 @@ template <bool Chess960> static Position* make_move_in(PositionStack& t, Move m)
         p->type_bb[ctype] ^= bit(to);
         dm += pst_mg[captured][to];
         de += pst_eg[captured][to];
-        p->phase = static_cast<uint8_t>(p->phase + phase_weight[ctype]);
+        // Saturates: a board with more than the initial set (odd set-ups) must not wrap back to the opening.
+        p->phase = static_cast<uint8_t>(std::min(p->phase + phase_weight[ctype], 255));
         key ^= ckey;
         if (ctype == PAWN) p->pawnkey ^= ckey;
         p->cflag &= castle_mask[to];
