@@ -58,9 +58,9 @@ inline FixedSearch fixed_depth_search(SearchThread& game, const char* fen, int d
     setboard(game, fen);
     new_game(game);
     SearchRequest request;
-    request.display_depth = NO_THINKING_LINES;
-    request.clock.depth_limit   = depth;
-    const int64_t start   = get_ms();
+    request.display_depth     = NO_THINKING_LINES;
+    request.clock.depth_limit = depth;
+    const int64_t start       = get_ms();
     think(game, request);
     FixedSearch r{};
     r.ms    = get_ms() - start;

@@ -167,7 +167,7 @@ Move book_choose(FILE* f, const Position& p, bool use_best, char* listing, int s
 
 void book_listing(FILE* f, const Position& p, char* out, int size) {
     if (size <= 0) return;
-    out[0] = '\0';
+    out[0]        = '\0';
     Position copy = p;
     BookScan s;
     scan_position(f, full_key(copy), false, false, s);

@@ -1,5 +1,5 @@
-#include "platform/cpu.h"
 #include "driver/loop.h"
+#include "platform/cpu.h"
 
 int main() {
     require_cpu_features();

@@ -184,8 +184,10 @@ bool uci_command(SearchThread& game, const char* line) {
         if (std::isdigit(static_cast<unsigned char>(*cursor)))
             tb_settings.probe_depth = std::clamp(std::atoi(cursor), 1, MAX_TB_PROBE_DEPTH);
     } else if (match_prefix(&cursor, "setoption name Syzygy50MoveRule value")) {
-        if (match_prefix(&cursor, "true")) tb_settings.rule50 = true;
-        else if (match_prefix(&cursor, "false")) tb_settings.rule50 = false;
+        if (match_prefix(&cursor, "true"))
+            tb_settings.rule50 = true;
+        else if (match_prefix(&cursor, "false"))
+            tb_settings.rule50 = false;
     } else if (match_prefix(&cursor, "setoption name SyzygyProbeLimit value")) {
         if (std::isdigit(static_cast<unsigned char>(*cursor)))
             tb_settings.probe_limit = std::clamp(std::atoi(cursor), 0, TB_MAX_MEN);

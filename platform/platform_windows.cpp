@@ -143,7 +143,7 @@ uint64_t memory_available() {
 }
 
 bool map_file(const char* path, MappedFile& out) {
-    out = MappedFile{nullptr, 0, nullptr};
+    out         = MappedFile{nullptr, 0, nullptr};
     HANDLE file = CreateFileA(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                               FILE_FLAG_RANDOM_ACCESS, nullptr);
     if (file == INVALID_HANDLE_VALUE) return false;

@@ -55,8 +55,7 @@ static void print_info_line(int line, int score, const uint32_t* pv, uint64_t no
     n += append_score(text + n, sizeof text - n, shown_score(score));
     n += snprintf(text + n, sizeof text - n, " nodes %" PRId64 " time %d nps %d hashfull %d ",
                   static_cast<int64_t>(nodes), static_cast<int>(elapsed), static_cast<int>(nps), hashfull);
-    if (tb_max_men() > 0)
-        n += snprintf(text + n, sizeof text - n, "tbhits %" PRIu64 " ", total_tbhits());
+    if (tb_max_men() > 0) n += snprintf(text + n, sizeof text - n, "tbhits %" PRIu64 " ", total_tbhits());
     n += snprintf(text + n, sizeof text - n, "pv ");
     char* out = text + n;
     for (int i = 0; i < STACK_SIZE && pv[i] != 0; ++i) {

@@ -5,8 +5,8 @@
 #include "board/makemove.h"
 #include "eval/evaluate.h"
 #include "search/movepick.h"
-#include "search/tablebase.h"
 #include "search/search.h"
+#include "search/tablebase.h"
 #include "search/threads.h"
 #include "search/tt.h"
 
@@ -167,8 +167,8 @@ int search(SearchThread& t, int pv, int alpha, int beta, int depth, int ply, int
         int tb, bound;
         if (tb_probe_node(t, ply, depth, tb, bound) &&
             (bound == BOUND_EXACT || (bound == BOUND_LOWER ? tb >= beta : tb <= alpha))) {
-            hash_store(t, 0, tb, found ? hit.eval : evaluate(p), std::min(depth + TB_DEPTH_BONUS, MAX_DEPTH), ply,
-                       bound);
+            hash_store(t, 0, tb, found ? hit.eval : evaluate(p), std::min(depth + TB_DEPTH_BONUS, MAX_DEPTH),
+                       ply, bound);
             return tb;
         }
     }

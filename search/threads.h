@@ -27,13 +27,13 @@ struct SearchControl {
     // The time limits count from here: the search start, or the moment a ponder search became the
     // engine's own (the driver may move it, and the limits below, while the search runs).
     std::atomic<int64_t> clock_start;
-    uint64_t hard_limit;                   // ms of elapsed time after which the search is stopped
-    std::atomic<int> limit_depth;          // the time limits apply once this depth is complete
+    uint64_t hard_limit;                           // ms of elapsed time after which the search is stopped
+    std::atomic<int> limit_depth;                  // the time limits apply once this depth is complete
     std::atomic<uint64_t> time_limits[TIME_SLOTS]; // soft limits, chosen by time_slot; 0 = none
-    uint64_t node_limit;                   // nodes each thread may search (UINT64_MAX: no limit)
-    int mate_limit;                        // stop once a mate in this many moves is found (0: no)
-    int multipv;                           // lines searched at the root, best first
-    int root_move_count;                   // moves the root may search (0: all)
+    uint64_t node_limit;                           // nodes each thread may search (UINT64_MAX: no limit)
+    int mate_limit;                                // stop once a mate in this many moves is found (0: no)
+    int multipv;                                   // lines searched at the root, best first
+    int root_move_count;                           // moves the root may search (0: all)
     uint32_t root_moves[MAX_MOVES];
     std::atomic<int> time_slot; // 0 .. TIME_SLOTS - 1
     std::atomic<int> best_depth;

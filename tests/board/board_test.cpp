@@ -172,10 +172,12 @@ TEST(MakeMove, PlayoutsAgreeWithRecomputation) {
 TEST(MakeMove, PhaseSaturates) {
     auto game = game_from("qqqqqqqq/QQQQQQQQ/8/8/8/8/PP4pp/K6k w - -");
     ASSERT_EQ(game->pos->phase, 0);
-    for (const char* text : {"a7a8", "b8b7", "c7c8", "d8d7", "e7e8", "f8f7", "g7g8", "h8h7", "c8b7", "d7e8"}) {
+    for (const char* text :
+         {"a7a8", "b8b7", "c7c8", "d8d7", "e7e8", "f8f7", "g7g8", "h8h7", "c8b7", "d7e8"}) {
         Move list[256];
         const uint32_t n = legal_moves(*game->pos, list);
-        const Move* m    = std::find_if(list, list + n, [&](Move x) { return !std::strcmp(move_text(x), text); });
+        const Move* m =
+            std::find_if(list, list + n, [&](Move x) { return !std::strcmp(move_text(x), text); });
         ASSERT_NE(m, list + n) << text;
         make_move(*game, *m);
     }

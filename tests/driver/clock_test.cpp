@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "driver/timeman.h"
 #include "driver/engine_state.h"
+#include "driver/timeman.h"
 
 namespace {
 
@@ -32,15 +32,16 @@ TEST(Clock, GamesOnTheirHardLimitsNeverFlag) {
         SCOPED_TRACE(r.name);
         int64_t clock = r.base_ms;
         for (int move = 0; move < r.game_moves; ++move) {
-            const int to_go = r.moves ? r.moves - move % r.moves : 0;
-            const TimeAllotment ta =
-                compute_limits(0, 0, static_cast<int>(clock), r.inc_ms, to_go, DEFAULT_MOVE_OVERHEAD, r.lag_ms);
+            const int to_go        = r.moves ? r.moves - move % r.moves : 0;
+            const TimeAllotment ta = compute_limits(0, 0, static_cast<int>(clock), r.inc_ms, to_go,
+                                                    DEFAULT_MOVE_OVERHEAD, r.lag_ms);
             ASSERT_EQ(ta.limit_depth, 0) << "move " << move;
             for (uint64_t soft : ta.time_limits) {
                 ASSERT_GT(soft, 0u);
             }
             if (to_go == 1) {
-                EXPECT_GE(ta.hard_limit * 2, static_cast<uint64_t>(clock - std::max(r.lag_ms, DEFAULT_MOVE_OVERHEAD)));
+                EXPECT_GE(ta.hard_limit * 2,
+                          static_cast<uint64_t>(clock - std::max(r.lag_ms, DEFAULT_MOVE_OVERHEAD)));
             }
             clock -= static_cast<int64_t>(ta.hard_limit) + r.lag_ms;
             ASSERT_GT(clock, 0) << "flagged at move " << move + 1;
