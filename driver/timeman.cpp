@@ -72,13 +72,13 @@ TimeAllotment compute_limits(int depth_limit, int move_time, int time_left, int 
         move_time_limits(ta, move_time, overhead, lag);
         return ta;
     }
-    if (depth_limit > 0) return ta;
-
-    // A running clock is planned; without one (no time left, no increment) the search goes to
-    // depth 14 and ends there, whatever soft limits an earlier search left.
+    // A running clock is planned, also under a depth limit (whichever comes first: a depth left
+    // by an analysis must not make a game ignore its clock); without one (no time left, no
+    // increment) the search goes to its depth limit, or to depth 14, and ends there, whatever soft
+    // limits an earlier search left.
     if (time_left > 0 || increment > 0) {
         clock_limits(ta, time_left, increment, moves_to_go, overhead, lag);
-    } else {
+    } else if (depth_limit == 0) {
         ta.max_depth       = UNTIMED_DEPTH;
         ta.set_time_limits = true;
     }

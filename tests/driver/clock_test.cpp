@@ -63,7 +63,7 @@ TEST(Clock, UntimedDepthAndMoveTimeModes) {
     } rows[] = {
         {"no clock", 0, 0, 0, 0, 0, 14, 14, NONE},
         {"negative clock", 0, 0, -500, -5, 0, 14, 14, NONE},
-        {"depth mode wins over the clock", 7, 0, 5000, 0, 0, 7, 14, NONE},
+        {"a depth and a running clock: whichever comes first", 7, 0, 5000, 0, 0, 7, 0, 327},
         {"depth above the deepest", 300, 0, 0, 0, 0, MAX_DEPTH, 14, NONE},
         {"move time keeps the overhead back", 0, 1000, 5000, 0, 0, MAX_DEPTH, 0, 950},
         {"move time with a depth", 5, 300, 0, 0, 0, 5, 0, 250},
