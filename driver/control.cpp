@@ -312,9 +312,11 @@ SearchOutcome think(SearchThread& game, const SearchRequest& rq) {
                     sc.limit_depth.load(std::memory_order_relaxed))
                 request_stop(SearchEnd::clock);
         }
+        // Once a line has asked for the stop, the lines behind it wait for the command loop: read
+        // now, the next one would take the place of the line held in input_line.
         if (uci)
             uci_search_input();
-        else
+        else if (!running.stop_wanted)
             input_check(game);
         if (running.stop_wanted && (!searched || sc.completed_depth.load(std::memory_order_relaxed) >= 1))
             stop_now();
