@@ -82,11 +82,9 @@ int cmd_eval(SearchThread& game) {
 }
 
 // Clears the game record and rebuilds slot 0 from a placement, keeping the given state fields.
-// The king squares are given, not found: a set-up may hold two kings of a colour, and turning the
-// board round twice must give back the same one (castling rights are written from it).
-static void rebuild_game_position(SearchThread& game, const uint8_t board[64], const uint8_t kings[2],
-                                  uint8_t side, uint8_t epsq, uint8_t cflag, const uint8_t castle_rook[4],
-                                  uint8_t chess960, uint8_t phase) {
+static void rebuild_game_position(SearchThread& game, const uint8_t board[64], uint8_t side, uint8_t epsq,
+                                  uint8_t cflag, const uint8_t castle_rook[4], uint8_t chess960,
+                                  uint8_t phase) {
     std::memset(static_cast<void*>(&game), 0, sizeof game);
     game.pos    = &game.stack[0];
     Position& p = *game.pos;
@@ -95,10 +93,11 @@ static void rebuild_game_position(SearchThread& game, const uint8_t board[64], c
         p.board[sq]        = code;
         if (code == EMPTY) continue;
         p.colour_bb[piece_colour(code)] |= bit(sq);
-        if (piece_type(code) != KING) p.type_bb[piece_type(code)] |= bit(sq);
+        if (piece_type(code) == KING)
+            (piece_colour(code) == WHITE ? p.wking : p.bking) = static_cast<uint8_t>(sq);
+        else
+            p.type_bb[piece_type(code)] |= bit(sq);
     }
-    p.wking    = kings[WHITE];
-    p.bking    = kings[BLACK];
     p.side     = side;
     p.epsq     = epsq;
     p.cflag    = cflag;
@@ -131,11 +130,8 @@ int cmd_flip(SearchThread& game) {
     const uint8_t rooks[4] = {
         static_cast<uint8_t>(old.castle_rook[2] ^ 56), static_cast<uint8_t>(old.castle_rook[3] ^ 56),
         static_cast<uint8_t>(old.castle_rook[0] ^ 56), static_cast<uint8_t>(old.castle_rook[1] ^ 56)};
-    uint8_t kings[2];
-    kings[WHITE] = static_cast<uint8_t>(old.bking ^ 56);
-    kings[BLACK] = static_cast<uint8_t>(old.wking ^ 56);
-    rebuild_game_position(game, board, kings, static_cast<uint8_t>(old.side ^ 1), epsq, cflag, rooks,
-                          old.chess960, old.phase);
+    rebuild_game_position(game, board, static_cast<uint8_t>(old.side ^ 1), epsq, cflag, rooks, old.chess960,
+                          old.phase);
     return CMD_POSITION;
 }
 
@@ -150,11 +146,7 @@ int cmd_flop(SearchThread& game) {
     for (int sq = 0; sq < 64; ++sq)
         board[sq ^ 7] = old.board[sq];
     const uint8_t epsq = inside_ep_ranks(old.epsq) ? static_cast<uint8_t>(old.epsq ^ 7) : old.epsq;
-    uint8_t kings[2];
-    kings[WHITE] = static_cast<uint8_t>(old.wking ^ 7);
-    kings[BLACK] = static_cast<uint8_t>(old.bking ^ 7);
-    rebuild_game_position(game, board, kings, old.side, epsq, 0, standard_castle_rook, old.chess960,
-                          old.phase);
+    rebuild_game_position(game, board, old.side, epsq, 0, standard_castle_rook, old.chess960, old.phase);
     return CMD_POSITION;
 }
 

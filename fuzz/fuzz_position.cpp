@@ -39,6 +39,13 @@ Snapshot snapshot(const SearchThread& game) {
     return {saved(game), game.key, game.histidx};
 }
 
+bool several_kings(const Position& p) {
+    int kings[2] = {0, 0};
+    for (const uint8_t code : p.board)
+        if (code != EMPTY && piece_type(code) == KING) ++kings[piece_colour(code)];
+    return kings[WHITE] > 1 || kings[BLACK] > 1;
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -61,6 +68,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     think(game, request);
     if (!(snapshot(game) == before)) finding("looking at the position changed it");
 
+    // Turning the board finds the king squares again: of two kings of a colour it may find the
+    // other one, and castling rights are written against the king, so the round trip only holds
+    // for the set-ups with one king a colour or no right.
+    if (game.pos->cflag && several_kings(*game.pos)) return 0;
     command("flip");
     command("perft 2");
     command("flip");
