@@ -39,6 +39,19 @@ bool match_prefix(const char** cursor, const char* word) {
     return true;
 }
 
+// A spin option's value: digits, clamped into the option's range; anything else leaves it as it was.
+static void set_spin(const char* value, int lo, int hi, int& option) {
+    if (std::isdigit(static_cast<unsigned char>(*value))) option = std::clamp(std::atoi(value), lo, hi);
+}
+
+// A check option's value: "true" or "false"; anything else leaves it as it was.
+static void set_check(const char* value, bool& option) {
+    if (match_prefix(&value, "true"))
+        option = true;
+    else if (match_prefix(&value, "false"))
+        option = false;
+}
+
 static bool is_blank(char c) {
     return c == ' ' || c == '\t' || c == '\r' || c == '\n';
 }
@@ -171,32 +184,22 @@ bool uci_command(SearchThread& game, const char* line) {
     } else if (match_prefix(&cursor, "setoption name Threads value")) {
         set_threads(std::atoi(cursor));
     } else if (match_prefix(&cursor, "setoption name MultiPV value")) {
-        if (std::isdigit(static_cast<unsigned char>(*cursor)))
-            protocol.multipv = std::clamp(std::atoi(cursor), 1, MAX_MULTIPV);
+        set_spin(cursor, 1, MAX_MULTIPV, protocol.multipv);
     } else if (match_prefix(&cursor, "setoption name Move Overhead value")) {
-        if (std::isdigit(static_cast<unsigned char>(*cursor)))
-            protocol.move_overhead = std::clamp(std::atoi(cursor), 0, MOST_MOVE_OVERHEAD);
+        set_spin(cursor, 0, MOST_MOVE_OVERHEAD, protocol.move_overhead);
     } else if (match_prefix(&cursor, "setoption name Clear Hash")) {
         hash_clear();
     } else if (match_prefix(&cursor, "setoption name SyzygyPath value")) {
         set_tablebase_path(cursor);
     } else if (match_prefix(&cursor, "setoption name SyzygyProbeDepth value")) {
-        if (std::isdigit(static_cast<unsigned char>(*cursor)))
-            tb_settings.probe_depth = std::clamp(std::atoi(cursor), 1, MAX_TB_PROBE_DEPTH);
+        set_spin(cursor, 1, MAX_TB_PROBE_DEPTH, tb_settings.probe_depth);
     } else if (match_prefix(&cursor, "setoption name Syzygy50MoveRule value")) {
-        if (match_prefix(&cursor, "true"))
-            tb_settings.rule50 = true;
-        else if (match_prefix(&cursor, "false"))
-            tb_settings.rule50 = false;
+        set_check(cursor, tb_settings.rule50);
     } else if (match_prefix(&cursor, "setoption name SyzygyProbeLimit value")) {
-        if (std::isdigit(static_cast<unsigned char>(*cursor)))
-            tb_settings.probe_limit = std::clamp(std::atoi(cursor), 0, TB_MAX_MEN);
+        set_spin(cursor, 0, TB_MAX_MEN, tb_settings.probe_limit);
     } else if (match_prefix(&cursor, "setoption name UCI_Chess960 value")) {
         // Takes effect with the next position command, as GUIs send it before one.
-        if (match_prefix(&cursor, "true"))
-            protocol.chess960 = true;
-        else if (match_prefix(&cursor, "false"))
-            protocol.chess960 = false;
+        set_check(cursor, protocol.chess960);
     }
     return true;
 }
