@@ -320,7 +320,8 @@ SearchOutcome think(SearchThread& game, const SearchRequest& rq) {
             input_check(game);
         if (running.stop_wanted && (!searched || sc.completed_depth.load(std::memory_order_relaxed) >= 1))
             stop_now();
-        sleep_ms(POLL_MS);
+        // Once stopped, the threads are joined at once: a nap would only delay the answer.
+        if (!sc.stop.load(std::memory_order_relaxed)) sleep_ms(POLL_MS);
     }
     join_search();
     // A search of "go infinite" or "go ponder" that ended by itself still answers only when told.

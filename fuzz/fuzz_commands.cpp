@@ -21,6 +21,7 @@ namespace {
 
 constexpr int MAX_THREADS_IN_RUN = 2;
 constexpr int MAX_PERFT_DEPTH    = 3;
+constexpr int MAX_SEARCH_NODES   = 2000; // all the threads of one search together
 // Dispatches in a row that consumed no line (neither the loop nor an analysis read one): an
 // analysis ended by a line gives one, its reset rule one more.
 constexpr int MAX_DISPATCHES_WITHOUT_INPUT = 16;
@@ -43,8 +44,8 @@ bool guard_line(char* line) {
     auto cap = [&](const char* name, int most) {
         if (std::strcmp(word, name) == 0 && arg > most) std::snprintf(line, INPUT_SIZE, "%s %d", name, most);
     };
-    cap("hash", HARNESS_HASH_MB * 2);
-    cap("memory", HARNESS_HASH_MB * 2);
+    cap("hash", HARNESS_HASH_MB);
+    cap("memory", HARNESS_HASH_MB);
     cap("cores", MAX_THREADS_IN_RUN);
     cap("perft", MAX_PERFT_DEPTH);
     return true;
@@ -65,7 +66,11 @@ std::vector<std::string> guarded_input(const uint8_t* data, size_t size) {
 }
 
 // Outside analysis every search is a depth search of a few plies (depth mode wins over the clock).
+// Every search, analysis included, also ends by itself after a few thousand nodes: on a busy
+// machine the loop may wake long after the line that ends an analysis is due, and the search
+// would deepen all the while.
 void keep_searches_short() {
+    clock_inputs.go_nodes = MAX_SEARCH_NODES;
     if (protocol.analyze_mode) return;
     if (clock_inputs.depth_limit < 1 || clock_inputs.depth_limit > HARNESS_DEPTH)
         clock_inputs.depth_limit = HARNESS_DEPTH;
@@ -73,8 +78,9 @@ void keep_searches_short() {
 
 } // namespace
 
+// Each run leaves the engine as it found it: what a run allocates it also frees, so that libFuzzer
+// sees no run with more allocations than releases and never runs one again to look for a leak.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    harness_reset();
     fuzz_input_set(guarded_input(data, size));
     SearchThread& game = *game_record;
     int last           = CMD_NONE;
@@ -97,5 +103,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         if (step != LoopStep::redispatch || fuzz_input_left() < left) without_input = 0;
         if (step == LoopStep::quit) break;
     }
+    harness_reset();
     return 0;
 }

@@ -18,6 +18,7 @@ static void harness_init() {
     game_record->pos = &game_record->stack[0];
     set_threads(1);
     hash_alloc(HARNESS_HASH_MB);
+    harness_reset();
 }
 
 // libFuzzer calls this once before the first input, in every target.
@@ -36,11 +37,7 @@ void harness_reset() {
     reset_engine_state();
     book_rand_state = 1;
     // One thread with fresh ordering memory, so that a run does not depend on the runs before it.
-    // A record made anew comes zeroed.
-    if (thread_count() != 1) {
-        free_threads();
-        set_threads(1);
-    }
+    if (thread_count() != 1) set_threads(1);
     const bool searched = searches_started() != searches_at_reset;
     searches_at_reset   = searches_started();
     if (searched) std::memset(static_cast<void*>(&search_record(0)), 0, sizeof(SearchThread));

@@ -1,7 +1,7 @@
 #pragma once
 // Shared by the fuzz targets: start-up (libFuzzer's initialisation hook, defined here for every
-// target) without the banner, the input watcher or a big table, a reset to a fresh engine before
-// every input, the engine's own line splitting, and the guards that keep one input short (small
+// target) without the banner, the input watcher or a big table, a reset to a fresh engine between
+// inputs, the engine's own line splitting, and the guards that keep one input short (small
 // tables, few threads, shallow searches) without touching the engine.
 
 #include <cstddef>

@@ -36,6 +36,13 @@ void hash_alloc(int mb) {
     int m = mb & ~1;
     if (m < 2) m = 2;
     hash_size = static_cast<uint64_t>(m) * MEGABYTE;
+    // The size it has already (a GUI sends its memory line before every game): the table is
+    // emptied where it is, without giving back its pages and touching new ones.
+    if (hash_table && hash_size == allocated_bytes) {
+        std::memset(static_cast<void*>(hash_table), 0, hash_size);
+        std::printf("hash=%dMB\n", m);
+        return;
+    }
     hash_mask = hash_size / sizeof(HashEntry) - 1;
     hash_free();
     // Probes land anywhere in the table, so it sits on huge pages where the system has them.
