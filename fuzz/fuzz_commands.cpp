@@ -21,7 +21,7 @@ namespace {
 
 constexpr int MAX_THREADS_IN_RUN = 2;
 constexpr int MAX_PERFT_DEPTH    = 3;
-constexpr int MAX_SEARCH_NODES   = 2000; // all the threads of one search together
+constexpr int MAX_SEARCH_NODES   = 1000; // all the threads of one search together
 // Dispatches in a row that consumed no line (neither the loop nor an analysis read one): an
 // analysis ended by a line gives one, its reset rule one more.
 constexpr int MAX_DISPATCHES_WITHOUT_INPUT = 16;
@@ -58,15 +58,14 @@ std::vector<std::string> guarded_input(const uint8_t* data, size_t size) {
     char line[INPUT_SIZE];
     for (const std::string& whole : split_lines(data, size))
         for (size_t at = 0; at == 0 || at < whole.size(); at += INPUT_SIZE - 1) {
-            const std::string piece = whole.substr(at, INPUT_SIZE - 1);
-            std::memcpy(line, piece.c_str(), piece.size() + 1);
+            std::snprintf(line, INPUT_SIZE, "%s", whole.c_str() + at);
             if (guard_line(line)) pieces.emplace_back(line);
         }
     return pieces;
 }
 
 // Outside analysis every search is a depth search of a few plies (depth mode wins over the clock).
-// Every search, analysis included, also ends by itself after a few thousand nodes: on a busy
+// Every search, analysis included, also ends by itself after a thousand nodes: on a busy
 // machine the loop may wake long after the line that ends an analysis is due, and the search
 // would deepen all the while.
 void keep_searches_short() {

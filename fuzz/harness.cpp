@@ -12,18 +12,14 @@
 #include "search/threads.h"
 #include "search/tt.h"
 
-static void harness_init() {
+// libFuzzer calls this once before the first input, in every target.
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
     harness_tables_init();
     game_record      = new SearchThread();
     game_record->pos = &game_record->stack[0];
     set_threads(1);
     hash_alloc(HARNESS_HASH_MB);
     harness_reset();
-}
-
-// libFuzzer calls this once before the first input, in every target.
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    harness_init();
     return 0;
 }
 
