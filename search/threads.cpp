@@ -1,6 +1,7 @@
 #include "search/threads.h"
 
 #include <atomic>
+#include <condition_variable>
 #include <cstdio>
 #include <cstring>
 #include <new>
@@ -18,9 +19,64 @@ SearchControl sc;
 static SearchThread* records[MAX_THREADS];
 static int record_count = 0;
 
-// Handles of the threads of the running search; a slot is not joinable when its thread could not
-// be created, and the search then goes on with the threads that did start.
-static std::thread handles[MAX_THREADS];
+// One worker per record, kept alive between searches: creating and joining a thread for every
+// search is time that a short search notices (under the sanitizers most of all), and a game or a
+// test run starts thousands of searches. A worker sleeps until the next search's generation, runs
+// search_thread on its record and reports back. The pool is never destroyed, so that an exit with
+// workers still asleep neither joins nor terminates anything. A slot is not joinable when its
+// thread could not be created; the searches then go on with the workers that did start.
+struct WorkerPool {
+    std::thread workers[MAX_THREADS];
+    std::mutex lock;
+    std::condition_variable wake; // workers: a new generation, or fewer workers wanted
+    std::condition_variable done; // the driver: every worker of the search is back
+    uint64_t generation = 0;      // searches handed to the workers so far
+    int keep            = 0;      // workers 0 .. keep - 1 stay; the others leave
+    int running         = 0;      // workers still inside the current search
+};
+static WorkerPool& pool = *new WorkerPool;
+
+static void worker_loop(int i, uint64_t seen) {
+    std::unique_lock<std::mutex> hold(pool.lock);
+    for (;;) {
+        pool.wake.wait(hold, [&] { return i >= pool.keep || pool.generation != seen; });
+        if (i >= pool.keep) return;
+        seen = pool.generation;
+        hold.unlock();
+        search_thread(*records[i]);
+        hold.lock();
+        if (--pool.running == 0) pool.done.notify_all();
+    }
+}
+
+// Creates the missing workers of records 0 .. record_count - 1 (no search is running). Returns
+// false when worker 0 is missing.
+static bool start_workers() {
+    {
+        std::lock_guard<std::mutex> hold(pool.lock);
+        pool.keep = record_count;
+    }
+    for (int i = 0; i < record_count; ++i) {
+        if (pool.workers[i].joinable()) continue;
+        try {
+            pool.workers[i] = std::thread(worker_loop, i, pool.generation);
+        } catch (const std::system_error&) {
+            // Left out of this search; the next one tries again.
+        }
+    }
+    return pool.workers[0].joinable();
+}
+
+// Workers from `first` on leave and are joined, before their records go.
+static void stop_workers(int first) {
+    {
+        std::lock_guard<std::mutex> hold(pool.lock);
+        pool.keep = first;
+    }
+    pool.wake.notify_all();
+    for (int i = first; i < MAX_THREADS; ++i)
+        if (pool.workers[i].joinable()) pool.workers[i].join();
+}
 
 int thread_count() {
     return record_count;
@@ -33,6 +89,7 @@ SearchThread& search_record(int i) {
 void set_threads(int n) {
     if (n < 1) n = 1;
     if (n > MAX_THREADS) n = MAX_THREADS;
+    stop_workers(n);
     while (record_count > n) {
         --record_count;
         delete records[record_count];
@@ -45,10 +102,12 @@ void set_threads(int n) {
     }
     // A search cannot do without record 0; failing to get it is as fatal as any other allocation.
     if (record_count == 0) records[record_count++] = new SearchThread{};
+    start_workers();
     printf("threads=%d\n", record_count);
 }
 
 void free_threads() {
+    stop_workers(0);
     while (record_count > 0) {
         --record_count;
         delete records[record_count];
@@ -83,21 +142,24 @@ void start_search(const SearchThread& game) {
         set_thread_nodes(*records[i], 0);
         std::atomic_ref<uint64_t>(records[i]->tbhits).store(0, std::memory_order_relaxed);
     }
-    for (int i = 0; i < record_count; ++i) {
+    for (int i = 0; i < record_count; ++i)
         prepare_record(*records[i], game, static_cast<uint32_t>(i));
-        try {
-            handles[i] = std::thread(search_thread, std::ref(*records[i]));
-        } catch (const std::system_error&) {
-            // The search goes on with the threads that did start. Without thread 0 nobody would
-            // end it, so the others are told to stop and the search reports no move.
-            if (i == 0) sc.stop.store(1, std::memory_order_relaxed);
-        }
+    // The search goes on with the workers there are. Without worker 0 nobody would end it, so
+    // the others are told to stop and the search reports no move.
+    if (!start_workers()) sc.stop.store(1, std::memory_order_relaxed);
+    {
+        std::lock_guard<std::mutex> hold(pool.lock);
+        ++pool.generation;
+        pool.running = 0;
+        for (int i = 0; i < record_count; ++i)
+            pool.running += pool.workers[i].joinable() ? 1 : 0;
     }
+    pool.wake.notify_all();
 }
 
 void join_search() {
-    for (int i = 0; i < record_count; ++i)
-        if (handles[i].joinable()) handles[i].join();
+    std::unique_lock<std::mutex> hold(pool.lock);
+    pool.done.wait(hold, [] { return pool.running == 0; });
 }
 
 void stop_search_locked() {

@@ -54,18 +54,21 @@ extern SearchControl sc;
 constexpr int MAX_THREADS = 128;
 int thread_count();
 SearchThread& search_record(int i);
-// Clamps to 1..128, keeps existing records' contents, prints "threads=%d".
+// Clamps to 1..128, keeps existing records' contents, prints "threads=%d". Each record has a
+// worker thread that waits between searches; those of released records are joined first.
 void set_threads(int n);
-// Releases every record (the next set_threads starts from an empty set).
+// Joins every worker and releases every record (the next set_threads starts from an empty set).
 void free_threads();
 // Record r takes its root from the game record: id, slot 0, key, key history; killers cleared.
 void prepare_record(SearchThread& r, const SearchThread& game, uint32_t id);
-// Advances the table age, clears pv_table and starts one thread per record from the game record.
+// Advances the table age, clears pv_table and sets each record's worker searching from the game
+// record (a worker missing since set_threads is created now).
 void start_search(const SearchThread& game);
 // Searches started since start-up: the records' ordering memory and the table are unchanged
 // while this count stands.
 uint64_t searches_started();
-// Joins the threads in order 0..n-1.
+// Waits until every worker of the search has left it: afterwards none touches the records or the
+// shared values until the next start_search.
 void join_search();
 // Every value one search leaves behind (stop, limits, soft-limit slot, best depth and score, the
 // root move shown), cleared before the next one begins.
