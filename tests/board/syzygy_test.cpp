@@ -78,53 +78,17 @@ TEST(Syzygy, KnownPositions) {
     }
 }
 
-// Damaged copies of a real file: parsing names the fault or accepts the bytes, and no probe of
-// any position reads outside them (the sanitizer builds would say) or fails to come back.
-TEST(Syzygy, DamagedFilesAreRefusedOrHarmless) {
+// A copy cut short inside its data is refused; the other kinds of damage are named by the
+// table-loading transcript, and random damage is the table fuzz target's part.
+TEST(Syzygy, TruncatedDataIsRefused) {
     const Loaded loaded;
     std::ifstream in(MORVAINE_SYZYGY_DIR "/KRvKP.rtbw", std::ios::binary);
-    const std::vector<uint8_t> good((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    ASSERT_GT(good.size(), 1000u);
+    std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    ASSERT_GT(bytes.size(), 1000u);
+    bytes.resize(bytes.size() - 100);
     TbMaterial m;
     ASSERT_TRUE(tb_parse_name("KRvKP", m));
-    struct Row {
-        const char* name;
-        size_t keep;        // bytes kept
-        size_t poke;        // a byte changed (0: none)
-        const char* expect; // nullptr: any answer
-    };
-    const Row rows[] = {
-        {"truncated data", good.size() - 100, 0, "truncated"},
-        {"pieces changed", good.size(), 6, "men differ from the name"},
-    };
-    for (const Row& r : rows) {
-        SCOPED_TRACE(r.name);
-        std::vector<uint8_t> bytes(good.begin(), good.begin() + static_cast<long>(r.keep));
-        if (r.poke) bytes[r.poke] ^= 0x5a;
-        TbFile f{};
-        f.file        = MappedFile{bytes.data(), bytes.size(), nullptr};
-        const char* e = tb_parse_file(f, m, false);
-        ASSERT_NE(e, nullptr);
-        EXPECT_STREQ(e, r.expect);
-    }
-    // Random damage past the header: whatever parses is probed everywhere without harm.
-    std::mt19937_64 rng(5);
-    for (int round = 0; round < 40; ++round) {
-        std::vector<uint8_t> bytes = good;
-        for (int k = 0; k < 8; ++k)
-            bytes[8 + rng() % (bytes.size() - 8)] = static_cast<uint8_t>(rng());
-        TbFile f{};
-        f.file = MappedFile{bytes.data(), bytes.size(), nullptr};
-        if (tb_parse_file(f, m, false)) continue;
-        for (int k = 0; k < 2000; ++k) {
-            uint8_t pc[4] = {tb_code(WHITE, KING), tb_code(WHITE, ROOK), tb_code(BLACK, KING),
-                             tb_code(BLACK, PAWN)};
-            uint8_t sq[4];
-            for (uint8_t& s : sq)
-                s = static_cast<uint8_t>(8 + rng() % 48);
-            const TbPart* part;
-            const int v = tb_lookup(f, m, static_cast<int>(rng() % 2), 4, pc, sq, &part);
-            EXPECT_GE(v, -1);
-        }
-    }
+    TbFile f{};
+    f.file = MappedFile{bytes.data(), bytes.size(), nullptr};
+    EXPECT_STREQ(tb_parse_file(f, m, false), "truncated");
 }
