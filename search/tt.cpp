@@ -36,28 +36,27 @@ void hash_alloc(int mb) {
     int m = mb & ~1;
     if (m < 2) m = 2;
     hash_size = static_cast<uint64_t>(m) * MEGABYTE;
-    // The size it has already (a GUI sends its memory line before every game): the table is
-    // emptied where it is, without giving back its pages and touching new ones.
     if (hash_table && hash_size == allocated_bytes) {
+        // The size it has already (a GUI sends its memory line before every game): the table is
+        // emptied where it is, without giving back its pages and touching new ones.
         std::memset(static_cast<void*>(hash_table), 0, hash_size);
-        std::printf("hash=%dMB\n", m);
-        return;
-    }
-    hash_mask = hash_size / sizeof(HashEntry) - 1;
-    hash_free();
-    // Probes land anywhere in the table, so it sits on huge pages where the system has them.
-    // Value-initialised entries: every word of the new table is 0, and every page is touched now,
-    // not in the middle of the first search.
-    const uint64_t entries = hash_size / sizeof(HashEntry);
-    void* block            = hash_size <= memory_available() ? large_alloc(hash_size) : nullptr;
-    if (block) {
-        hash_table = static_cast<HashEntry*>(block);
-        std::uninitialized_value_construct_n(hash_table, entries);
-        allocated_bytes = hash_size;
-    }
-    if (!hash_table) {
-        std::printf(" hash allocation error - exiting ...\n");
-        std::exit(1);
+    } else {
+        hash_mask = hash_size / sizeof(HashEntry) - 1;
+        hash_free();
+        // Probes land anywhere in the table, so it sits on huge pages where the system has them.
+        // Value-initialised entries: every word of the new table is 0, and every page is touched
+        // now, not in the middle of the first search.
+        const uint64_t entries = hash_size / sizeof(HashEntry);
+        void* block            = hash_size <= memory_available() ? large_alloc(hash_size) : nullptr;
+        if (block) {
+            hash_table = static_cast<HashEntry*>(block);
+            std::uninitialized_value_construct_n(hash_table, entries);
+            allocated_bytes = hash_size;
+        }
+        if (!hash_table) {
+            std::printf(" hash allocation error - exiting ...\n");
+            std::exit(1);
+        }
     }
     std::printf("hash=%dMB\n", m);
 }
